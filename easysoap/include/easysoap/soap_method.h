@@ -1,0 +1,56 @@
+// SOAPMethod: the method element of a request, with what the transport needs beside the tree:
+// the SOAP action and, for document style, the name of the body element.
+//
+// Binding styles: 0 not stated and 2 rpc both write the method element in its namespace with the
+// SOAP encoding style; 1 document writes the element named by SetSoapElementName when there is
+// one, else the method's, without encoding style.
+#pragma once
+
+#include <cstdint>
+
+#include "easysoap/soap_parameter.h"
+#include "support/values/easysoap_api.h"
+#include "support/values/soap_string.h"
+
+class EASYSOAP_API SOAPMethod : public SOAPParameter {
+ public:
+  // soapAction may be null: no action at all, which sends the header as SOAPAction: "" -- an
+  // empty action is sent the same way; a text is sent quoted. The flag is unused and always false.
+  SOAPMethod(const char* name, const char* ns, const char* soapAction, bool flag);
+  ~SOAPMethod() override;
+
+  // Name and namespace of the document-style body element; empty texts mean none.
+  void SetSoapElementName(const char* name, const char* ns);
+  const SOAPQName& GetSoapElementName() const { return soapElementName_; }
+  // Null when the method has no action.
+  const SOAPString& GetSoapAction() const { return soapAction_; }
+
+  // 0 not stated, 1 document, 2 rpc; assigned by the caller after construction.
+  int32_t bindingStyle = 0;
+
+ private:
+  SOAPString soapAction_;
+  SOAPQName soapElementName_;
+};
+
+// SOAPResponse: a parsed response message. It owns the whole Body, so that multi-reference values
+// stay valid, and hands out the response's method element: the first element child of the Body.
+class EASYSOAP_API SOAPResponse {
+ public:
+  SOAPResponse();
+  ~SOAPResponse();
+  SOAPResponse(const SOAPResponse&) = delete;
+  SOAPResponse& operator=(const SOAPResponse&) = delete;
+
+  // The response's method element; an empty element when the Body has no element child.
+  const SOAPParameter& GetMethod() const;
+  // The Body element, for the parser to fill.
+  SOAPParameter& GetBody() { return body_; }
+  const SOAPParameter& GetBody() const { return body_; }
+  // Drops everything from an earlier response.
+  void Reset();
+
+ private:
+  SOAPParameter body_;
+  SOAPParameter empty_;
+};

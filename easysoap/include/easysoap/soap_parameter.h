@@ -1,0 +1,79 @@
+// SOAPParameter: one XML element of a SOAP message, as composed for a request or parsed from a
+// response.
+//
+// An element has a qualified name and value data: its text, its children in document order and
+// its attributes. `value` points at the data in force, normally the element's own; a parsed
+// multi-reference element (href="#id") points it at the referenced element's data instead, which
+// lives as long as the message that holds both. A parameter owns its own children; copies are
+// deep and always carry their data as their own.
+#pragma once
+
+#include "support/values/easysoap_api.h"
+#include "support/values/soap_grow_array.h"
+#include "support/values/soap_hash_map.h"
+#include "support/values/soap_qname.h"
+#include "support/values/soap_string.h"
+
+class EASYSOAP_API SOAPParameter {
+ public:
+  using Attributes = SOAPHashMap<SOAPQName, SOAPQName>;
+  using Children = SOAPGrowArray<SOAPParameter*>;
+
+  // The value data of an element.
+  struct Data {
+    SOAPString text;       // character content; no text until some is stored
+    Children children;     // owned by the element whose own data this is
+    Attributes attributes; // key: the attribute's name; value: its text in `name`, and for a
+                           // QName-valued attribute the namespace of the QName in `namespace`
+    bool isNull = false;   // marked nil (xsi:nil="true")
+    bool isStruct = false; // the children are written as elements
+  };
+
+  SOAPParameter();
+  SOAPParameter(const SOAPParameter& other);
+  SOAPParameter& operator=(const SOAPParameter& other);
+  virtual ~SOAPParameter();
+
+  void SetName(const char* name, const char* ns = nullptr);
+  const SOAPQName& GetName() const { return name_; }
+
+  // Appends a child named name (no namespace) and returns it; the child belongs to this element.
+  SOAPParameter& AddParameter(const char* name = "");
+  // The first child whose local name is name; throws SOAPException naming the missing child.
+  const SOAPParameter& GetParameter(const char* name) const;
+  // The same without the throw: null when there is none.
+  const SOAPParameter* FindParameter(const char* name) const;
+  const Children& GetParams() const { return value_->children; }
+
+  // The character content; its text is null when none was stored or parsed.
+  const SOAPString& GetString() const { return value_->text; }
+  void SetString(const char* text) { value_->text.Assign(text); }
+  // Direct access to the text of the data in force, for writers that assign it in place.
+  SOAPString& GetStringRef() { return value_->text; }
+
+  bool IsNull() const { return value_->isNull; }
+  void SetNull(bool isNull = true) { value_->isNull = isNull; }
+  // Empties text and children (and the struct mark); attributes stay.
+  void ClearValue();
+  void SetIsStruct() { value_->isStruct = true; }
+  bool IsStruct() const { return value_->isStruct; }
+
+  // Adds the attribute (or finds it) and returns its value for the caller to fill.
+  SOAPQName& AddAttribute(const SOAPQName& key);
+  const Attributes& GetAttributes() const { return value_->attributes; }
+
+  // The data in force, and the element's own data.
+  const Data& GetValue() const { return *value_; }
+  Data& GetValue() { return *value_; }
+  const Data& GetOwnValue() const { return ownValue_; }
+  // Makes this element stand for another's data (multi-reference); null goes back to our own.
+  void PointValueAt(Data* data) { value_ = data != nullptr ? data : &ownValue_; }
+
+ private:
+  void CopyFrom(const SOAPParameter& other);
+  void DeleteOwnChildren();
+
+  SOAPQName name_;
+  Data ownValue_;
+  Data* value_;
+};

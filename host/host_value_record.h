@@ -1,0 +1,52 @@
+// HostValueRecord: the one plain record in which a host value travels through the extension, and
+// the four functions that fill and empty it. They are the only place that switches over value
+// kinds for single values and fields; array items have their own access (host_kind_access.h).
+//
+// The record owns nothing: a handle in `value` stays the host's. A caller zeroes it before use.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "host/host_interfaces.h"
+
+namespace tssoap {
+
+// Eight bytes, overlaid; the kind says which member is in force.
+union HostValueData {
+  int16_t int16;     // kinds int (1)
+  uint16_t uint16;   // kinds boolean (7), uint (9)
+  int32_t int32;     // kind long (2)
+  uint32_t uint32;   // kind ulong (10)
+  float real;        // kind real (3)
+  double dbl;        // kind double (4)
+  int64_t int64;     // kind longlong (20)
+  uint32_t handle;   // decimal, string, blob, date, time, datetime; objects; arrays
+  uint8_t bytes[8];
+};
+static_assert(sizeof(HostValueData) == 8);
+
+struct HostValueRecord {
+  uint8_t isNull;      // the value is null
+  uint8_t isObject;    // the value is an object (also set for an array of objects)
+  uint8_t isArray;     // the value is an array
+  HostValueKind kind;  // kind of the value; of the items for an array
+  HostValueData value;
+};
+
+// Fills record from value in the order IsNull, IsObject, IsArray, GetKind, then the value by its
+// kind (array before object). With no value only kind becomes 0. flagsOnly stops after the kind.
+void ReadHostValue(HostValueRecord& record, IHostValue* value, bool flagsOnly);
+// Writes record back: null, array, object, or the value by its kind (string by handle).
+void WriteHostValue(IHostValue* value, const HostValueRecord& record);
+// Reads the instance variable of object that the XML field name maps to (reserved words get
+// "ws_"); a field the class lacks leaves the record as the caller zeroed it.
+void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object,
+                   std::string_view name);
+// Writes record to the instance variable that name maps to; a missing variable drops the value.
+void WriteHostField(IHostSession& session, HostObject object, const HostValueRecord& record,
+                    std::string_view name);
+// The field id of name (lower-cased) in object's class; kNoField when there is none.
+HostFieldId LookUpField(IHostSession& session, HostObject object, std::string_view name);
+
+}  // namespace tssoap

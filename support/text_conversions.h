@@ -1,0 +1,21 @@
+// Conversions between the host's code page (the environment's locale, selected with
+// setlocale(LC_ALL, "") on each use), UCS-2 (16-bit units) and UTF-8.
+// Each gives nothing for nothing; the two code-page conversions also give nothing when a text
+// can't be converted, and the caller chooses the message.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace tssoap {
+
+std::optional<std::u16string> HostTextToUcs2(const char* text);
+// Nothing when a unit has no form in the code page.
+std::optional<std::string> Ucs2ToHostText(const char16_t* text);
+// One sequence per unit; a surrogate unit is encoded by itself as three bytes.
+std::optional<std::string> Ucs2ToUtf8(const char16_t* text);
+// One unit per sequence of 1 to 6 bytes: the low 16 bits of its code point. Stops at the
+// terminator, also inside a sequence.
+std::optional<std::u16string> Utf8ToUcs2(const char* text);
+
+}  // namespace tssoap

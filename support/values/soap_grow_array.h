@@ -1,0 +1,120 @@
+// SOAPGrowArray<T>: a growable array whose block comes from easysoap_malloc.
+//
+// Every slot up to capacity holds a constructed T at all times, also those beyond size, so that a
+// shrink followed by a grow shows the old contents again. The minimum block is 8 slots and the
+// capacity doubles. A failed allocation throws SOAPMemoryException and leaves the array unchanged.
+#pragma once
+
+#include <cstdint>
+#include <new>
+#include <utility>
+
+#include "support/values/easysoap_alloc.h"
+#include "support/values/soap_exception.h"
+
+template <typename T>
+class SOAPGrowArray {
+ public:
+  static constexpr uint32_t kMinimumCapacity = 8;
+
+  SOAPGrowArray() = default;
+  SOAPGrowArray(const SOAPGrowArray& other) { CopyFrom(other); }
+  SOAPGrowArray& operator=(const SOAPGrowArray& other) {
+    if (this != &other) {
+      SOAPGrowArray copy(other);
+      Swap(copy);
+    }
+    return *this;
+  }
+  SOAPGrowArray(SOAPGrowArray&& other) noexcept { Swap(other); }
+  SOAPGrowArray& operator=(SOAPGrowArray&& other) noexcept {
+    Swap(other);
+    return *this;
+  }
+  ~SOAPGrowArray() { Release(); }
+
+  // Makes room for n slots.
+  void Reserve(uint32_t n) {
+    if (n <= capacity_) return;
+    uint32_t grown = capacity_ < kMinimumCapacity ? kMinimumCapacity : capacity_;
+    while (grown < n) {
+      if (grown > UINT32_MAX / 2) throw SOAPMemoryException();
+      grown *= 2;
+    }
+    if (grown > SIZE_MAX / sizeof(T)) throw SOAPMemoryException();
+    T* block = static_cast<T*>(easysoap_malloc(sizeof(T) * size_t{grown}));
+    if (block == nullptr) throw SOAPMemoryException();
+    uint32_t built = 0;
+    try {
+      for (; built < size_; ++built) new (block + built) T(elements_[built]);
+      for (; built < grown; ++built) new (block + built) T();
+    } catch (...) {
+      for (uint32_t i = 0; i < built; ++i) block[i].~T();
+      easysoap_free(block);
+      throw;
+    }
+    DestroySlots();
+    elements_ = block;
+    capacity_ = grown;
+  }
+
+  // Grows by Reserve; shrinking only lowers the size, the slots keep their contents.
+  void Resize(uint32_t n) {
+    if (n > size_) Reserve(n);
+    size_ = n;
+  }
+
+  // Appends a copy of element and returns its slot.
+  T& Add(const T& element) {
+    uint32_t slot = size_;
+    if (slot == UINT32_MAX) throw SOAPMemoryException();
+    Reserve(slot + 1);
+    ++size_;
+    elements_[slot] = element;
+    return elements_[slot];
+  }
+  T& Add(T&& element) {
+    uint32_t slot = size_;
+    if (slot == UINT32_MAX) throw SOAPMemoryException();
+    Reserve(slot + 1);
+    ++size_;
+    elements_[slot] = std::move(element);
+    return elements_[slot];
+  }
+
+  T& operator[](uint32_t index) { return elements_[index]; }
+  const T& operator[](uint32_t index) const { return elements_[index]; }
+  uint32_t Size() const { return size_; }
+  uint32_t Capacity() const { return capacity_; }
+  bool IsEmpty() const { return size_ == 0; }
+  T* begin() { return elements_; }
+  T* end() { return elements_ + size_; }
+  const T* begin() const { return elements_; }
+  const T* end() const { return elements_ + size_; }
+
+ private:
+  void CopyFrom(const SOAPGrowArray& other) {
+    Reserve(other.size_);
+    for (uint32_t i = 0; i < other.size_; ++i) elements_[i] = other.elements_[i];
+    size_ = other.size_;
+  }
+  void DestroySlots() {
+    for (uint32_t i = 0; i < capacity_; ++i) elements_[i].~T();
+    easysoap_free(elements_);
+  }
+  void Release() {
+    DestroySlots();
+    elements_ = nullptr;
+    capacity_ = 0;
+    size_ = 0;
+  }
+  void Swap(SOAPGrowArray& other) noexcept {
+    std::swap(elements_, other.elements_);
+    std::swap(capacity_, other.capacity_);
+    std::swap(size_, other.size_);
+  }
+
+  T* elements_ = nullptr;
+  uint32_t capacity_ = 0;
+  uint32_t size_ = 0;
+};

@@ -1,0 +1,108 @@
+#include "support/values/soap_string.h"
+
+#include "support/values/easysoap_alloc.h"
+#include "support/values/soap_text.h"
+
+SOAPString::SOAPString(const char* text) { Assign(text); }
+
+SOAPString::SOAPString(const SOAPString& other) { Assign(other.buffer_); }
+
+SOAPString::SOAPString(SOAPString&& other) noexcept
+    : buffer_(other.buffer_), capacity_(other.capacity_) {
+  other.buffer_ = nullptr;
+  other.capacity_ = kInitialCapacity;
+}
+
+SOAPString& SOAPString::operator=(const SOAPString& other) {
+  if (this != &other) Assign(other.buffer_);
+  return *this;
+}
+
+SOAPString& SOAPString::operator=(SOAPString&& other) noexcept {
+  if (this != &other) {
+    easysoap_free(buffer_);
+    buffer_ = other.buffer_;
+    capacity_ = other.capacity_;
+    other.buffer_ = nullptr;
+    other.capacity_ = kInitialCapacity;
+  }
+  return *this;
+}
+
+SOAPString& SOAPString::operator=(const char* text) {
+  Assign(text);
+  return *this;
+}
+
+SOAPString::~SOAPString() { easysoap_free(buffer_); }
+
+void SOAPString::Assign(const char* text) {
+  if (text == buffer_ && text != nullptr) return;  // assigning our own text
+  if (text == nullptr) {
+    Clear();
+    return;
+  }
+  if (buffer_ != nullptr) {
+    for (uint32_t i = 0; i < capacity_; ++i) {
+      buffer_[i] = text[i];
+      if (text[i] == '\0') return;
+    }
+    // Doesn't fit: start over with a buffer that does.
+    Clear();
+  }
+  Reserve(SOAPText::Length(text) + 1);
+  SOAPText::Copy(buffer_, text);
+}
+
+void SOAPString::Reserve(uint32_t bytes) {
+  if (buffer_ != nullptr && capacity_ >= bytes) return;
+  uint32_t wanted = capacity_;
+  while (wanted < bytes) {
+    if (wanted > UINT32_MAX / 2) {  // no capacity can be counted in 32 bits: leave no buffer
+      Clear();
+      return;
+    }
+    wanted *= 2;
+  }
+  capacity_ = wanted;
+  auto* block = static_cast<char*>(easysoap_malloc(capacity_));
+  if (buffer_ != nullptr) {
+    if (block != nullptr) SOAPText::Copy(block, buffer_);
+    easysoap_free(buffer_);
+  }
+  buffer_ = block;
+}
+
+SOAPString& SOAPString::Append(const char* text, uint32_t n) {
+  uint32_t length = Length();
+  uint64_t need = uint64_t{length} + n + 1;
+  if (need > UINT32_MAX) return *this;
+  if (buffer_ == nullptr) {
+    Reserve(static_cast<uint32_t>(need));
+    if (buffer_ != nullptr) buffer_[0] = '\0';
+  } else {
+    Reserve(static_cast<uint32_t>(need));
+  }
+  if (buffer_ == nullptr) return *this;
+  // Copy at most n bytes, stopping at the text's own terminator.
+  uint32_t copied = 0;
+  if (text != nullptr) {
+    while (copied < n && text[copied] != '\0') {
+      buffer_[length + copied] = text[copied];
+      ++copied;
+    }
+  }
+  buffer_[length + copied] = '\0';
+  return *this;
+}
+
+void SOAPString::Clear() {
+  easysoap_free(buffer_);
+  buffer_ = nullptr;
+}
+
+uint32_t SOAPString::Length() const { return SOAPText::Length(buffer_); }
+
+bool operator==(const SOAPString& a, const SOAPString& b) {
+  return SOAPText::Compare(a.CStr(), b.CStr()) == 0;
+}

@@ -1,0 +1,51 @@
+// SOAPString: the byte string that crosses between the extension and the library layer.
+//
+// No buffer is a state of its own ("no text"), distinct from an empty text. The capacity starts at
+// 32, doubles as needed and never shrinks, not even when the text is cleared; the buffer, when
+// present, is exactly capacity bytes from easysoap_malloc. The string owns its buffer.
+// An allocation failure is not reported: the string is left without a buffer.
+#pragma once
+
+#include <cstdint>
+
+#include "support/values/easysoap_api.h"
+
+class EASYSOAP_API SOAPString {
+ public:
+  static constexpr uint32_t kInitialCapacity = 32;
+
+  SOAPString() = default;
+  // Capacity 32, then Assign; a null text leaves the string without a buffer.
+  explicit SOAPString(const char* text);
+  // A new string of capacity 32 with the other's text; the other's capacity isn't taken over.
+  SOAPString(const SOAPString& other);
+  SOAPString(SOAPString&& other) noexcept;
+  SOAPString& operator=(const SOAPString& other);
+  SOAPString& operator=(SOAPString&& other) noexcept;
+  SOAPString& operator=(const char* text);
+  ~SOAPString();
+
+  // Stores a copy of text, reusing the buffer when the text fits; null clears the text.
+  void Assign(const char* text);
+  // Makes room for bytes bytes, terminator included, keeping the text.
+  void Reserve(uint32_t bytes);
+  // Adds at most n bytes of text; a string without a buffer counts as empty.
+  SOAPString& Append(const char* text, uint32_t n);
+  // Frees the buffer; the capacity stays.
+  void Clear();
+
+  // The text, or null when there is none.
+  const char* Str() const { return buffer_; }
+  // The text, or "" when there is none.
+  const char* CStr() const { return buffer_ != nullptr ? buffer_ : ""; }
+  bool IsNull() const { return buffer_ == nullptr; }
+  uint32_t Length() const;
+  uint32_t Capacity() const { return capacity_; }
+
+ private:
+  char* buffer_ = nullptr;
+  uint32_t capacity_ = kInitialCapacity;
+};
+
+// Byte-for-byte equality; a missing text equals an empty one.
+EASYSOAP_API bool operator==(const SOAPString& a, const SOAPString& b);

@@ -1,0 +1,22 @@
+#include "support/values/xml_value.h"
+
+#include "easysoap/soap_parameter.h"
+
+SOAPParameter& XmlValueText::WriteTo(SOAPParameter& parameter) const {
+  if (isNull) {
+    parameter.SetNull(true);
+  } else {
+    parameter.SetString(text.c_str());
+  }
+  return parameter;
+}
+
+const SOAPParameter& XmlValueText::ReadFrom(const SOAPParameter& parameter) {
+  if (parameter.IsNull()) {
+    isNull = true;
+  } else {
+    const char* content = parameter.GetString().Str();
+    text.assign(content != nullptr ? content : "");
+  }
+  return parameter;
+}

@@ -1,0 +1,32 @@
+// XmlValueText and XmlValueArray: the lexical form of one XML value, and a list of them with the
+// name and namespace of the elements that hold the items. The row conversions of the type table
+// turn host values into these and back; the library's elements carry them on the wire.
+#pragma once
+
+#include <string>
+
+#include "support/values/easysoap_api.h"
+#include "support/values/soap_grow_array.h"
+#include "support/values/soap_string.h"
+
+class SOAPParameter;
+
+struct EASYSOAP_API XmlValueText {
+  std::string text;     // the lexical form
+  bool isNull = false;  // the value is nil
+
+  // Null: marks the element nil and stores no text. Else stores text (empty stays empty).
+  SOAPParameter& WriteTo(SOAPParameter& parameter) const;
+  // Nil element: sets isNull and leaves text. Else text becomes the element's text, an absent
+  // text reading as empty, and isNull is left as it is.
+  const SOAPParameter& ReadFrom(const SOAPParameter& parameter);
+};
+
+struct EASYSOAP_API XmlValueArray {
+  XmlValueArray(const char* elementName, const char* elementNamespace)
+      : elementName(elementName), elementNamespace(elementNamespace) {}
+  // Members are destroyed namespace, name, items: the reverse of this order.
+  SOAPGrowArray<XmlValueText> items;
+  SOAPString elementName;
+  SOAPString elementNamespace;
+};
