@@ -14,8 +14,8 @@
 
 class EASYSOAP_API SOAPMethod : public SOAPParameter {
  public:
-  // soapAction may be null: no action at all, which sends the header as SOAPAction: "" -- an
-  // empty action is sent the same way; a text is sent quoted. The flag is unused and always false.
+  // soapAction may be null: no action at all, and no SOAPAction header is sent; an empty action
+  // sends SOAPAction: "" and a text is sent quoted. The flag is unused and always false.
   SOAPMethod(const char* name, const char* ns, const char* soapAction, bool flag);
   ~SOAPMethod() override;
 
