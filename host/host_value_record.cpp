@@ -1,0 +1,116 @@
+#include "host/host_value_record.h"
+
+#include <cstring>
+#include <string>
+
+#include "composite/name_mapping.h"
+#include "host/host_kind_access.h"
+#include "support/lower_case_text.h"
+
+namespace tssoap {
+namespace {
+
+// The host answers booleans as any non-zero number; the record keeps them as 0 or 1.
+uint8_t Flag(HostBool answer) { return answer != 0 ? 1 : 0; }
+
+struct FieldPlace {
+  HostClass cls;
+  HostFieldId field;
+};
+
+FieldPlace FindField(IHostSession& session, HostObject object, std::string_view name) {
+  std::string lowered = LowerCaseText(name);
+  HostClass cls = session.GetClass(object);
+  return {cls, session.GetFieldId(cls, lowered.c_str())};
+}
+
+// Structure fields are found by their XML names, which may collide with the host's reserved words.
+FieldPlace FindStructField(IHostSession& session, HostObject object, std::string_view name) {
+  return FindField(session, object, ReservedWordSet().MapFieldName(name));
+}
+
+}  // namespace
+
+void ReadHostValue(HostValueRecord& record, IHostValue* value, bool flagsOnly) {
+  if (value == nullptr) {
+    record.kind = kHostUnknown;
+    return;
+  }
+  record.isNull = Flag(value->IsNull());
+  record.isObject = Flag(value->IsObject());
+  record.isArray = Flag(value->IsArray());
+  record.kind = value->GetKind();
+  if (flagsOnly) return;
+  if (record.isNull) {
+    std::memset(record.value.bytes, 0, sizeof record.value.bytes);
+    return;
+  }
+  // An array of objects has both flags and is read as the array it is.
+  if (record.isArray) {
+    record.value.handle = value->GetArray();
+    return;
+  }
+  if (record.isObject) {
+    record.value.handle = value->GetObject();
+    return;
+  }
+  ReadValueByKind(*value, record.kind, record.value);
+}
+
+void WriteHostValue(IHostValue* value, const HostValueRecord& record) {
+  if (value == nullptr) return;
+  if (record.isNull) {
+    value->SetToNull();
+  } else if (record.isArray) {
+    value->SetArray(record.value.handle);
+  } else if (record.isObject) {
+    value->SetObject(record.value.handle);
+  } else {
+    WriteValueByKind(*value, record.kind, record.value);
+  }
+}
+
+void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object,
+                   std::string_view name) {
+  FieldPlace place = FindStructField(session, object, name);
+  if (place.field == kNoField) return;
+  record.isNull = Flag(session.IsFieldNull(object, place.field));
+  record.isObject = Flag(session.IsFieldObject(place.cls, place.field));
+  record.isArray = Flag(session.IsFieldArray(place.cls, place.field));
+  record.kind = session.GetFieldKind(place.cls, place.field);
+  if (record.isNull) return;
+  // For arrays and objects the null flag stays as IsFieldNull gave it.
+  HostBool ignored = 0;
+  if (record.isArray) {
+    record.value.handle = session.GetArrayField(object, place.field, &ignored);
+    return;
+  }
+  if (record.isObject) {
+    record.value.handle = session.GetObjectField(object, place.field, &ignored);
+    return;
+  }
+  record.isNull = Flag(ReadFieldByKind(session, object, place.field, record.kind, record.value));
+}
+
+void WriteHostField(IHostSession& session, HostObject object, const HostValueRecord& record,
+                    std::string_view name) {
+  FieldPlace place = FindStructField(session, object, name);
+  // A value with no instance variable to go to is dropped on purpose: the host class decides
+  // which parts of a structure the script sees.
+  if (place.field == kNoField) return;
+  if (record.isNull) {
+    session.SetFieldToNull(object, place.field);
+  } else if (record.isArray) {
+    session.SetArrayField(object, place.field, record.value.handle);
+  } else if (record.isObject) {
+    session.SetObjectField(object, place.field, record.value.handle);
+  } else {
+    WriteFieldByKind(session, object, place.field, record.kind, record.value);
+  }
+}
+
+HostFieldId LookUpField(IHostSession& session, HostObject object, std::string_view name) {
+  return FindField(session, object, name).field;
+}
+
+}  // namespace tssoap
