@@ -33,7 +33,8 @@ const char* ResolvePrefix(IHostSession& session, HostObject proxy, std::string_v
 // The text behind the first ":", or the whole name.
 std::string GetLocalPart(std::string_view prefixedName);
 // The base type of a user type derived from a simple type: the text behind "base=" up to the next
-// "," in the type's description variable; empty when there is none.
+// "," in the type's description variable ("__" + ToHostClassName(typeName)); empty when there is
+// none, also when the proxy has no (non-null) description of the type.
 std::string GetBaseType(IHostSession& session, HostObject proxy, std::string_view typeName);
 
 }  // namespace tssoap
