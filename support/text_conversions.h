@@ -9,13 +9,22 @@
 
 namespace tssoap {
 
+// Nothing when a byte sequence is no character of the code page, or when a character lies beyond
+// the 16-bit range.
 std::optional<std::u16string> HostTextToUcs2(const char* text);
-// Nothing when a unit has no form in the code page.
+// Nothing when a unit has no form in the code page (a lone surrogate included); a surrogate pair is
+// converted as the one character it stands for.
 std::optional<std::string> Ucs2ToHostText(const char16_t* text);
 // One sequence per unit; a surrogate unit is encoded by itself as three bytes.
 std::optional<std::string> Ucs2ToUtf8(const char16_t* text);
 // One unit per sequence of 1 to 6 bytes: the low 16 bits of its code point. Stops at the
-// terminator, also inside a sequence.
+// terminator, also inside a sequence (the cut sequence gives no unit). A byte that begins no
+// sequence (128 to 191, 254, 255) gives U+FFFD.
 std::optional<std::u16string> Utf8ToUcs2(const char* text);
+
+// The two pipelines: code page -> UCS-2 -> UTF-8 and UTF-8 -> UCS-2 -> code page. Nothing when
+// the code-page step fails.
+std::optional<std::string> HostTextToUtf8(const char* text);
+std::optional<std::string> Utf8ToHostText(const char* text);
 
 }  // namespace tssoap

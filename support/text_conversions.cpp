@@ -1,0 +1,186 @@
+#include "support/text_conversions.h"
+
+#include <climits>
+#include <clocale>
+#include <cstring>
+#include <cwchar>
+
+namespace tssoap {
+
+namespace {
+
+// The host's strings are in the code page of the environment's locale. Selecting it for the
+// whole process on every use keeps us in step with a host that changes its environment, and
+// leaves the per-character conversions of the C runtime (name lower-casing) on the same page.
+void SelectHostCodePage() { setlocale(LC_ALL, ""); }
+
+constexpr char16_t kReplacementUnit = 0xFFFD;
+
+bool IsHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
+bool IsLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+
+// Walks a code-page text character by character. Returns false when a byte sequence is no
+// character of the code page, or when a character lies beyond the 16-bit range: the wire side of
+// this system carries single units only, and an emoji cut to 16 bits would be a silent change.
+template <typename OnUnit>
+bool WalkHostText(const char* text, size_t length, OnUnit onUnit) {
+  std::mbstate_t state{};
+  size_t at = 0;
+  while (at < length) {
+    unsigned char byte = static_cast<unsigned char>(text[at]);
+    // Every code page the C runtime offers is a superset of ASCII; skip the library call for it.
+    if (byte < 0x80 && std::mbsinit(&state)) {
+      onUnit(static_cast<char16_t>(byte));
+      ++at;
+      continue;
+    }
+    wchar_t character = 0;
+    size_t used = std::mbrtowc(&character, text + at, length - at, &state);
+    if (used == static_cast<size_t>(-1) || used == static_cast<size_t>(-2)) return false;
+    if (used == 0) used = 1;  // an embedded NUL cannot occur before length; be safe anyway
+    if (static_cast<char32_t>(character) > 0xFFFF) return false;
+    onUnit(static_cast<char16_t>(character));
+    at += used;
+  }
+  return true;
+}
+
+// Calls onBytes for the code-page form of each character of a UCS-2 text; a surrogate pair is
+// one character. Returns false when a character has no form in the code page.
+template <typename OnBytes>
+bool WalkUcs2Text(const char16_t* text, OnBytes onBytes) {
+  std::mbstate_t state{};
+  char bytes[MB_LEN_MAX];
+  for (const char16_t* unit = text; *unit != 0; ++unit) {
+    char32_t character = *unit;
+    if (character < 0x80) {
+      char ascii = static_cast<char>(character);
+      onBytes(&ascii, 1);
+      continue;
+    }
+    if (IsHighSurrogate(character) && IsLowSurrogate(unit[1])) {
+      character = 0x10000 + ((character - 0xD800) << 10) + (unit[1] - 0xDC00);
+      ++unit;
+    }
+    size_t written = std::wcrtomb(bytes, static_cast<wchar_t>(character), &state);
+    if (written == static_cast<size_t>(-1)) return false;
+    onBytes(bytes, written);
+  }
+  return true;
+}
+
+// Bytes of the UTF-8 sequence that begins with lead; 1 for a byte that begins none.
+int Utf8SequenceLength(unsigned char lead) {
+  if (lead < 0x80) return 1;
+  if (lead < 0xC0) return 1;  // a continuation byte out of place
+  if (lead < 0xE0) return 2;
+  if (lead < 0xF0) return 3;
+  if (lead < 0xF8) return 4;
+  if (lead < 0xFC) return 5;
+  if (lead < 0xFE) return 6;
+  return 1;  // 0xFE, 0xFF
+}
+
+// Decodes the sequence at text into one unit (the low 16 bits of its code point). Returns the
+// bytes used, 0 when the terminator cuts the sequence short.
+size_t DecodeUtf8Sequence(const unsigned char* text, char16_t& unit) {
+  unsigned char lead = text[0];
+  int length = Utf8SequenceLength(lead);
+  if (length == 1) {
+    unit = lead < 0x80 ? lead : kReplacementUnit;
+    return 1;
+  }
+  static constexpr unsigned char kLeadMask[7] = {0, 0, 0x1F, 0x0F, 0x07, 0x03, 0x01};
+  uint32_t codePoint = lead & kLeadMask[length];
+  for (int i = 1; i < length; ++i) {
+    if (text[i] == 0) return 0;
+    codePoint = (codePoint << 6) | (text[i] & 0x3F);
+  }
+  unit = static_cast<char16_t>(codePoint & 0xFFFF);
+  return static_cast<size_t>(length);
+}
+
+}  // namespace
+
+std::optional<std::u16string> HostTextToUcs2(const char* text) {
+  if (text == nullptr) return std::nullopt;
+  SelectHostCodePage();
+  size_t length = std::strlen(text);
+  size_t units = 0;
+  if (!WalkHostText(text, length, [&](char16_t) { ++units; })) return std::nullopt;
+  std::u16string result(units, u'\0');
+  size_t at = 0;
+  WalkHostText(text, length, [&](char16_t unit) { result[at++] = unit; });
+  return result;
+}
+
+std::optional<std::string> Ucs2ToHostText(const char16_t* text) {
+  if (text == nullptr) return std::nullopt;
+  SelectHostCodePage();
+  size_t bytes = 0;
+  if (!WalkUcs2Text(text, [&](const char*, size_t n) { bytes += n; })) return std::nullopt;
+  std::string result(bytes, '\0');
+  size_t at = 0;
+  WalkUcs2Text(text, [&](const char* data, size_t n) {
+    std::memcpy(result.data() + at, data, n);
+    at += n;
+  });
+  return result;
+}
+
+std::optional<std::string> Ucs2ToUtf8(const char16_t* text) {
+  if (text == nullptr) return std::nullopt;
+  size_t bytes = 0;
+  for (const char16_t* unit = text; *unit != 0; ++unit) {
+    bytes += *unit < 0x80 ? 1 : *unit < 0x800 ? 2 : 3;
+  }
+  std::string result(bytes, '\0');
+  char* out = result.data();
+  for (const char16_t* unit = text; *unit != 0; ++unit) {
+    uint32_t value = *unit;
+    if (value < 0x80) {
+      *out++ = static_cast<char>(value);
+    } else if (value < 0x800) {
+      *out++ = static_cast<char>(0xC0 | (value >> 6));
+      *out++ = static_cast<char>(0x80 | (value & 0x3F));
+    } else {
+      *out++ = static_cast<char>(0xE0 | (value >> 12));
+      *out++ = static_cast<char>(0x80 | ((value >> 6) & 0x3F));
+      *out++ = static_cast<char>(0x80 | (value & 0x3F));
+    }
+  }
+  return result;
+}
+
+std::optional<std::u16string> Utf8ToUcs2(const char* text) {
+  if (text == nullptr) return std::nullopt;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text);
+  size_t units = 0;
+  char16_t unit = 0;
+  for (size_t at = 0; bytes[at] != 0;) {
+    size_t used = DecodeUtf8Sequence(bytes + at, unit);
+    if (used == 0) break;
+    ++units;
+    at += used;
+  }
+  std::u16string result(units, u'\0');
+  size_t written = 0;
+  for (size_t at = 0; written < units;) {
+    at += DecodeUtf8Sequence(bytes + at, result[written++]);
+  }
+  return result;
+}
+
+std::optional<std::string> HostTextToUtf8(const char* text) {
+  std::optional<std::u16string> units = HostTextToUcs2(text);
+  if (!units) return std::nullopt;
+  return Ucs2ToUtf8(units->c_str());
+}
+
+std::optional<std::string> Utf8ToHostText(const char* text) {
+  std::optional<std::u16string> units = Utf8ToUcs2(text);
+  if (!units) return std::nullopt;
+  return Ucs2ToHostText(units->c_str());
+}
+
+}  // namespace tssoap
