@@ -74,8 +74,8 @@ struct HostCallInfo {
 
 // Returned by GetArrayInfo and given back with ReleaseArrayInfo.
 struct HostArrayInfo {
-  int32_t arrayForm;         // 0: bounded; anything else: unbounded
-  HostValueKind itemKind;    // kind of the items
+  int32_t arrayForm;       // 0: bounded; anything else: unbounded
+  HostValueKind itemKind;  // kind of the items
 };
 
 // The argument list of a call.
@@ -321,6 +321,6 @@ typedef const char* (*TSX_GetDescriptionFn)();
 // Makes an instance of "soapexception" or "soapconnection" (exact names); any other name leaves
 // *result untouched. Always answers 0.
 typedef int32_t (*TSX_CreateNonVisualObjectFn)(IHostSession* session, HostObject object,
-                                              const char* className,
-                                              IHostNonVisualObject** result);
+                                               const char* className,
+                                               IHostNonVisualObject** result);
 }

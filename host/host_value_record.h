@@ -14,14 +14,14 @@ namespace tssoap {
 
 // Eight bytes, overlaid; the kind says which member is in force.
 union HostValueData {
-  int16_t int16;     // kinds int (1)
-  uint16_t uint16;   // kinds boolean (7), uint (9)
-  int32_t int32;     // kind long (2)
-  uint32_t uint32;   // kind ulong (10)
-  float real;        // kind real (3)
-  double dbl;        // kind double (4)
-  int64_t int64;     // kind longlong (20)
-  uint32_t handle;   // decimal, string, blob, date, time, datetime; objects; arrays
+  int16_t int16;    // kinds int (1)
+  uint16_t uint16;  // kinds boolean (7), uint (9)
+  int32_t int32;    // kind long (2)
+  uint32_t uint32;  // kind ulong (10)
+  float real;       // kind real (3)
+  double dbl;       // kind double (4)
+  int64_t int64;    // kind longlong (20)
+  uint32_t handle;  // decimal, string, blob, date, time, datetime; objects; arrays
   uint8_t bytes[8];
 };
 static_assert(sizeof(HostValueData) == 8);

@@ -1,0 +1,312 @@
+#include "connection/option_strings.h"
+
+#include <array>
+#include <cctype>
+#include <limits>
+
+#include "call/call_log.h"
+#include "support/lower_case_text.h"
+
+namespace tssoap {
+namespace {
+
+// The character classes are the C runtime's in the current locale.
+bool IsBlank(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
+bool IsDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
+bool IsLetter(char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; }
+bool IsKeyCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
+char Lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
+
+// An option's effect; false ends the method with kOptionsInvalid.
+using OptionEffect = bool (*)(const std::string& value, ConnectionSettings& settings);
+
+struct OptionKey {
+  std::string_view name;
+  OptionValueKind kind;
+  OptionEffect effect;
+};
+
+bool OpenLog(const std::string& value, ConnectionSettings&) {
+  // The log belongs to the process; whether the file opened doesn't change the result.
+  SetLogFile(value.c_str());
+  return true;
+}
+
+bool SetUserId(const std::string& value, ConnectionSettings& settings) {
+  settings.userId = value;
+  return true;
+}
+
+bool SetPassword(const std::string& value, ConnectionSettings& settings) {
+  settings.password = value;
+  return true;
+}
+
+bool SetTimeout(const std::string& digits, ConnectionSettings& settings) {
+  // A number beyond the signed 32-bit range is refused rather than wrapped.
+  int64_t timeout = 0;
+  for (char digit : digits) {
+    timeout = timeout * 10 + (digit - '0');
+    if (timeout > std::numeric_limits<int32_t>::max()) return false;
+  }
+  settings.timeout = static_cast<int32_t>(timeout);
+  return true;
+}
+
+bool SetConnectionCache(const std::string& word, ConnectionSettings& settings) {
+  std::string lowered = LowerCaseText(word);
+  if (lowered == "true") {
+    settings.connectionCache = true;
+  } else if (lowered == "false") {
+    settings.connectionCache = false;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+bool SetProxyAddress(const std::string& value, ConnectionSettings& settings) {
+  return SetProxyServerAddress(value, settings);
+}
+
+bool SetProxyUserId(const std::string& value, ConnectionSettings& settings) {
+  settings.proxyUserId = value;
+  return true;
+}
+
+bool SetProxyPassword(const std::string& value, ConnectionSettings& settings) {
+  settings.proxyPassword = value;
+  return true;
+}
+
+constexpr std::array<OptionKey, 5> kServiceKeys{{
+    {"soaplog", kQuotedValue, &OpenLog},
+    {"userid", kQuotedValue, &SetUserId},
+    {"password", kQuotedValue, &SetPassword},
+    {"timeout", kNumberValue, &SetTimeout},
+    {"connectioncache", kWordValue, &SetConnectionCache},
+}};
+
+constexpr std::array<OptionKey, 3> kProxyServerKeys{{
+    {"address", kQuotedValue, &SetProxyAddress},
+    {"userid", kQuotedValue, &SetProxyUserId},
+    {"password", kQuotedValue, &SetProxyPassword},
+}};
+
+template <size_t N>
+int32_t Apply(std::string_view options, ConnectionSettings& settings,
+              const std::array<OptionKey, N>& keys) {
+  const char* cursor = options.data();
+  const char* end = options.data() + options.size();
+  std::string key;
+  std::string value;
+  for (;;) {
+    OptionKeyResult keyResult = ScanOptionKey(cursor, end, key);
+    if (keyResult == kEndOfOptions) return kOptionsValid;
+    if (keyResult == kKeySyntaxError) return kOptionsInvalid;
+    OptionValueKind kind = ScanOptionValue(cursor, end, value);
+    if (kind == kValueSyntaxError) return kOptionsInvalid;
+    const OptionKey* known = nullptr;
+    for (const OptionKey& candidate : keys) {
+      if (candidate.name == key) known = &candidate;
+    }
+    if (known == nullptr || known->kind != kind) return kOptionsInvalid;
+    if (!known->effect(value, settings)) return kOptionsInvalid;
+  }
+}
+
+struct Scheme {
+  std::string_view name;
+  std::string_view defaultPort;
+};
+constexpr std::array<Scheme, 3> kSchemes{{{"http", "80"}, {"ftp", "21"}, {"https", "443"}}};
+
+}  // namespace
+
+OptionKeyResult ScanOptionKey(const char*& cursor, const char* end, std::string& key) {
+  enum { kBeforeKey, kInKey, kAfterKey, kKeyDone } state = kBeforeKey;
+  key.clear();
+  for (;;) {
+    if (cursor == end) return state == kBeforeKey ? kEndOfOptions : kKeySyntaxError;
+    if (state == kKeyDone) return kKeyRead;
+    char c = *cursor++;
+    switch (state) {
+      case kBeforeKey:
+        if (IsBlank(c)) break;
+        if (!IsKeyCharacter(c)) return kKeySyntaxError;
+        key.push_back(Lower(c));
+        state = kInKey;
+        break;
+      case kInKey:
+        if (IsKeyCharacter(c)) {
+          key.push_back(Lower(c));
+        } else if (c == '=') {
+          state = kKeyDone;
+        } else if (IsBlank(c)) {
+          state = kAfterKey;
+        } else {
+          return kKeySyntaxError;
+        }
+        break;
+      case kAfterKey:
+        if (c == '=') {
+          state = kKeyDone;
+        } else if (!IsBlank(c)) {
+          return kKeySyntaxError;
+        }
+        break;
+      case kKeyDone:
+        break;
+    }
+  }
+}
+
+OptionValueKind ScanOptionValue(const char*& cursor, const char* end, std::string& value) {
+  enum {
+    kBeforeValue,
+    kInQuotes,
+    kAfterQuotes,
+    kQuotedDone,
+    kInNumber,
+    kAfterNumber,
+    kNumberDone,
+    kInWord,
+    kAfterWord,
+    kWordDone,
+  } state = kBeforeValue;
+  char closingQuote = '\0';
+  value.clear();
+  for (;;) {
+    if (cursor == end) {
+      switch (state) {
+        case kAfterQuotes:
+          return kQuotedValue;
+        case kInNumber:
+        case kAfterNumber:
+          return kNumberValue;
+        case kInWord:
+        case kAfterWord:
+          return kWordValue;
+        default:  // an unclosed quote, or a "," as the very last character
+          return kValueSyntaxError;
+      }
+    }
+    // The three done states are left only with a character still to come.
+    if (state == kQuotedDone) return kQuotedValue;
+    if (state == kNumberDone) return kNumberValue;
+    if (state == kWordDone) return kWordValue;
+    char c = *cursor++;
+    switch (state) {
+      case kBeforeValue:
+        if (IsBlank(c)) break;
+        if (c == '"' || c == '\'') {
+          closingQuote = c;
+          state = kInQuotes;
+        } else if (IsDigit(c)) {
+          value.push_back(c);
+          state = kInNumber;
+        } else if (IsLetter(c)) {
+          value.push_back(c);
+          state = kInWord;
+        } else {
+          return kValueSyntaxError;
+        }
+        break;
+      case kInQuotes:
+        if (c == closingQuote) {
+          state = kAfterQuotes;
+        } else {
+          value.push_back(c);
+        }
+        break;
+      case kAfterQuotes:
+        if (c == ',') {
+          state = kQuotedDone;
+        } else if (!IsBlank(c)) {
+          return kValueSyntaxError;
+        }
+        break;
+      case kInNumber:
+      case kAfterNumber:
+        if (state == kInNumber && IsDigit(c)) {
+          value.push_back(c);
+        } else if (c == ',') {
+          state = kNumberDone;
+        } else if (IsBlank(c)) {
+          state = kAfterNumber;
+        } else {
+          return kValueSyntaxError;
+        }
+        break;
+      case kInWord:
+      case kAfterWord:
+        if (state == kInWord && IsLetter(c)) {
+          value.push_back(c);
+        } else if (c == ',') {
+          state = kWordDone;
+        } else if (IsBlank(c)) {
+          state = kAfterWord;
+        } else {
+          return kValueSyntaxError;
+        }
+        break;
+      case kQuotedDone:
+      case kNumberDone:
+      case kWordDone:
+        break;
+    }
+  }
+}
+
+int32_t ApplyOptions(std::string_view options, ConnectionSettings& settings) {
+  return Apply(options, settings, kServiceKeys);
+}
+
+int32_t ApplyProxyServerOptions(std::string_view options, ConnectionSettings& settings) {
+  return Apply(options, settings, kProxyServerKeys);
+}
+
+bool SetProxyServerAddress(std::string_view address, ConnectionSettings& settings) {
+  settings.proxyScheme = "http";
+  settings.proxyPort = "80";
+  settings.proxyHost.clear();
+  settings.proxyPath.clear();
+  std::string_view rest = address;
+
+  size_t colon = rest.find(':');
+  if (colon != std::string_view::npos && rest.substr(colon + 1, 2) == "//") {
+    std::string_view scheme = rest.substr(0, colon);
+    const Scheme* known = nullptr;
+    for (const Scheme& candidate : kSchemes) {
+      if (candidate.name == scheme) known = &candidate;
+    }
+    if (known == nullptr) return false;
+    settings.proxyScheme = known->name;
+    settings.proxyPort = known->defaultPort;
+    rest = rest.substr(colon + 3);
+  }
+
+  colon = rest.find(':');
+  if (colon != std::string_view::npos) {
+    settings.proxyHost = rest.substr(0, colon);
+    rest = rest.substr(colon + 1);
+    size_t slash = rest.find('/');
+    if (slash != std::string_view::npos) {
+      settings.proxyPort = rest.substr(0, slash);
+      settings.proxyPath = rest.substr(slash + 1);
+    } else {
+      settings.proxyPort = rest;
+    }
+    return true;
+  }
+  size_t slash = rest.find('/');
+  if (slash != std::string_view::npos) {
+    settings.proxyHost = rest.substr(0, slash);
+    settings.proxyPath = rest.substr(slash + 1);
+  } else {
+    settings.proxyHost = rest;
+  }
+  return true;
+}
+
+}  // namespace tssoap

@@ -1,0 +1,47 @@
+// The two small languages in which a script configures a soapconnection: the argument of
+// setoptions and of setproxyserveroptions. One grammar, "key = value" pairs separated by ",",
+// white space around every element; keys are folded to lower case, values are quoted texts,
+// numbers or words. Pairs take effect one by one; an error doesn't undo the pairs before it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "connection/connection_settings.h"
+
+namespace tssoap {
+
+// Results of the two methods.
+inline constexpr int32_t kOptionsValid = 0;
+inline constexpr int32_t kOptionsInvalid = 50;
+
+enum OptionKeyResult : int {
+  kKeySyntaxError = 0,
+  kEndOfOptions = 1,  // nothing but white space was left
+  kKeyRead = 2,       // a key and its "=" were read; the cursor stands behind the "="
+};
+
+enum OptionValueKind : int {
+  kValueSyntaxError = 0,
+  kQuotedValue = 1,  // '...' or "...": the characters between the quotes, no escapes
+  kNumberValue = 2,  // decimal digits, no sign
+  kWordValue = 3,    // letters only
+};
+
+// Reads a key and its "=", lower-cased into key, moving cursor on.
+OptionKeyResult ScanOptionKey(const char*& cursor, const char* end, std::string& key);
+// Reads a value and the "," behind it, moving cursor on.
+OptionValueKind ScanOptionValue(const char*& cursor, const char* end, std::string& value);
+
+// setoptions: soaplog, userid, password, timeout, connectioncache. kOptionsValid or
+// kOptionsInvalid.
+int32_t ApplyOptions(std::string_view options, ConnectionSettings& settings);
+// setproxyserveroptions: address, userid, password.
+int32_t ApplyProxyServerOptions(std::string_view options, ConnectionSettings& settings);
+// The address rule: "[scheme://]host[:port][/path]" into the four proxy server fields. False for
+// a scheme other than "http", "https" and "ftp" (case respected), which leaves "http", "80" and
+// an empty host and path.
+bool SetProxyServerAddress(std::string_view address, ConnectionSettings& settings);
+
+}  // namespace tssoap

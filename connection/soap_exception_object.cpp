@@ -1,0 +1,63 @@
+#include "connection/soap_exception_object.h"
+
+#include "host/class_description.h"
+
+namespace tssoap {
+
+std::string_view FaultPart(std::string_view details, std::string_view openTag,
+                           std::string_view closeTag) {
+  size_t open = details.find(openTag);
+  size_t close = details.find(closeTag);
+  if (open == std::string_view::npos || close == std::string_view::npos) return details;
+  size_t start = open + openTag.size();
+  if (close < start) return details.substr(start);
+  return details.substr(start, close - start);
+}
+
+int32_t SoapException::Invoke(IHostSession* session, HostObject, uint16_t methodNumber,
+                              HostCallInfo* info) {
+  if (session == nullptr || info == nullptr) return 0;
+  try {
+    switch (methodNumber) {
+      case kGetFaultCode:
+        WriteFaultPart(*info, kFaultCodeOpen, kFaultCodeClose);
+        break;
+      case kGetFaultString:
+        WriteFaultPart(*info, kFaultStringOpen, kFaultStringClose);
+        break;
+      case kGetDetailMessage:
+        WriteFaultPart(*info, kDetailMessageOpen, kDetailMessageClose);
+        break;
+      case kSetDetails:
+        SetDetails(*session, *info);
+        break;
+      default:
+        break;
+    }
+  } catch (...) {
+    // Only an allocation of our own can fail here; the host must not see it.
+  }
+  return 0;
+}
+
+void SoapException::WriteFaultPart(HostCallInfo& info, std::string_view openTag,
+                                   std::string_view closeTag) {
+  if (info.returnValue == nullptr) return;
+  std::string part(FaultPart(details_, openTag, closeTag));
+  info.returnValue->SetStringText(part.c_str());
+}
+
+void SoapException::SetDetails(IHostSession& session, HostCallInfo& info) {
+  if (info.arguments == nullptr || info.arguments->GetCount() < 1) return;
+  IHostValue* argument = info.arguments->GetAt(0);
+  if (argument == nullptr) return;
+  HostString string = argument->GetString();
+  if (string == 0) return;
+  const char* text = session.GetStringText(string);
+  if (text == nullptr) return;
+  details_ = text;
+  // The description declares a string result; the host gets this number all the same.
+  if (info.returnValue != nullptr) info.returnValue->SetLong(0);
+}
+
+}  // namespace tssoap

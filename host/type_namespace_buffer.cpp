@@ -1,0 +1,62 @@
+#include "host/type_namespace_buffer.h"
+
+#include <pthread.h>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace tssoap {
+namespace {
+
+pthread_key_t gSlot;
+// Written at load and unload only, when no call into the extension runs.
+bool gSlotReady = false;
+
+void FreeBlock(void* block) { std::free(block); }
+
+char* NewBlock() { return static_cast<char*>(std::calloc(1, kTypeNamespaceBufferSize)); }
+
+char* GiveThreadBlock() {
+  char* block = NewBlock();
+  if (block != nullptr && pthread_setspecific(gSlot, block) != 0) {
+    std::free(block);
+    block = nullptr;
+  }
+  return block;
+}
+
+}  // namespace
+
+bool CreateTypeNamespaceSlot() {
+  if (gSlotReady) return true;
+  if (pthread_key_create(&gSlot, &FreeBlock) != 0) return false;
+  gSlotReady = true;
+  // Without memory now the thread simply gets its block on first use.
+  GiveThreadBlock();
+  return true;
+}
+
+void DeleteTypeNamespaceSlot() {
+  if (!gSlotReady) return;
+  std::free(pthread_getspecific(gSlot));
+  pthread_setspecific(gSlot, nullptr);
+  pthread_key_delete(gSlot);
+  gSlotReady = false;
+}
+
+void SetTypeNamespace(const char* text) {
+  if (!gSlotReady) return;
+  auto* block = static_cast<char*>(pthread_getspecific(gSlot));
+  if (block == nullptr) block = GiveThreadBlock();
+  if (block == nullptr) return;
+  size_t length = text != nullptr ? strnlen(text, kTypeNamespaceBufferSize - 1) : 0;
+  if (length != 0) std::memcpy(block, text, length);
+  block[length] = '\0';
+}
+
+const char* GetTypeNamespace() {
+  if (!gSlotReady) return nullptr;
+  return static_cast<const char*>(pthread_getspecific(gSlot));
+}
+
+}  // namespace tssoap
