@@ -10,3 +10,10 @@ for preset in default sanitize; do
   cmake --build --preset "$preset" -j "$jobs"
   ctest --preset "$preset" -j "$jobs"
 done
+# The array decoder's fuzzer: the whole project built with clang, then a short bounded run from
+# the seed corpus. New inputs go to a scratch corpus in the build tree, never into the seeds.
+cmake --preset fuzz
+cmake --build --preset fuzz -j "$jobs"
+mkdir -p build/fuzz/corpus-work
+build/fuzz/fuzz/soap_array_decoder_fuzz -max_total_time=60 -malloc_limit_mb=64 \
+  -dict=fuzz/soap_array_decoder.dict build/fuzz/corpus-work fuzz/corpus/soap_array_decoder
