@@ -7,7 +7,9 @@ SOAPMethod::SOAPMethod(const char* name, const char* ns, const char* soapAction,
 
 SOAPMethod::~SOAPMethod() = default;
 
-void SOAPMethod::SetSoapElementName(const char* name, const char* ns) { soapElementName_.Set(name, ns); }
+void SOAPMethod::SetSoapElementName(const char* name, const char* ns) {
+  soapElementName_.Set(name, ns);
+}
 
 SOAPResponse::SOAPResponse() = default;
 SOAPResponse::~SOAPResponse() = default;

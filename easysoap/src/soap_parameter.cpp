@@ -64,7 +64,8 @@ SOAPParameter& SOAPParameter::AddParameter(const char* name) {
 
 const SOAPParameter* SOAPParameter::FindParameter(const char* name) const {
   for (const SOAPParameter* child : value_->children) {
-    if (SOAPText::Compare(child->name_.GetName().CStr(), name != nullptr ? name : "") == 0) return child;
+    if (SOAPText::Compare(child->name_.GetName().CStr(), name != nullptr ? name : "") == 0)
+      return child;
   }
   return nullptr;
 }

@@ -16,4 +16,7 @@ class EASYSOAP_API SOAPDebugger {
   static void Close();
   // Writes length bytes of text unchanged, nothing else.
   static void Write(int level, const char* text, unsigned int length);
+  // True when a message at level would reach an open file, so that callers can skip forming
+  // large texts (the traffic of a call) that would go nowhere.
+  static bool IsLogging(int level);
 };

@@ -21,12 +21,12 @@ class EASYSOAP_API SOAPParameter {
 
   // The value data of an element.
   struct Data {
-    SOAPString text;       // character content; no text until some is stored
-    Children children;     // owned by the element whose own data this is
-    Attributes attributes; // key: the attribute's name; value: its text in `name`, and for a
-                           // QName-valued attribute the namespace of the QName in `namespace`
-    bool isNull = false;   // marked nil (xsi:nil="true")
-    bool isStruct = false; // the children are written as elements
+    SOAPString text;        // character content; no text until some is stored
+    Children children;      // owned by the element whose own data this is
+    Attributes attributes;  // key: the attribute's name; value: its text in `name`, and for a
+                            // QName-valued attribute the namespace of the QName in `namespace`
+    bool isNull = false;    // marked nil (xsi:nil="true")
+    bool isStruct = false;  // the children are written as elements
   };
 
   SOAPParameter();

@@ -1,0 +1,238 @@
+#include "easysoap/src/http_transport.h"
+
+#include <mutex>
+#include <utility>
+
+#include "support/values/soap_exception.h"
+
+namespace easysoap_internal {
+
+namespace {
+
+void InitializeCurlOnce() {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) {
+      throw SOAPException("The HTTP library (libcurl) could not be initialised");
+    }
+  });
+}
+
+// The charset parameter of a Content-Type value, without quotes.
+std::string CharsetOf(const std::string& contentType) {
+  std::string lower = contentType;
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  size_t at = lower.find("charset=");
+  if (at == std::string::npos) return {};
+  size_t start = at + 8;
+  size_t end = contentType.find_first_of("; \t", start);
+  std::string charset = contentType.substr(start, end == std::string::npos ? end : end - start);
+  if (charset.size() >= 2 && charset.front() == '"' && charset.back() == '"') {
+    charset = charset.substr(1, charset.size() - 2);
+  }
+  return charset;
+}
+
+// What failed, in the user's words; libcurl's own text follows it in the message.
+const char* FailureKind(CURLcode code) {
+  switch (code) {
+    case CURLE_COULDNT_RESOLVE_HOST:
+      return "Can't resolve the host name of";
+    case CURLE_COULDNT_RESOLVE_PROXY:
+      return "Can't resolve the proxy server's host name on the way to";
+    case CURLE_COULDNT_CONNECT:
+      return "Can't connect to";
+    case CURLE_OPERATION_TIMEDOUT:
+      return "Timed out waiting for";
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+      return "The TLS connection failed with";
+    case CURLE_GOT_NOTHING:
+      return "The connection was closed without an answer by";
+    case CURLE_RECV_ERROR:
+    case CURLE_SEND_ERROR:
+    case CURLE_PARTIAL_FILE:
+      return "The connection broke off with";
+    case CURLE_PROXY:
+      return "The proxy server refused the way to";
+    default:
+      return "The HTTP exchange failed with";
+  }
+}
+
+}  // namespace
+
+HttpTransport::HttpTransport(ServiceAddress service, std::optional<ServiceAddress> proxy,
+                             long timeoutSeconds, uint64_t maxAnswerBytes)
+    : service_(std::move(service)),
+      proxy_(std::move(proxy)),
+      timeoutSeconds_(timeoutSeconds < 0 ? 0 : timeoutSeconds),
+      maxAnswerBytes_(maxAnswerBytes) {
+  InitializeCurlOnce();
+  handle_ = curl_easy_init();
+  if (handle_ == nullptr) throw SOAPMemoryException();
+  CURL* h = handle_;
+  curl_easy_setopt(h, CURLOPT_URL, service_.url.c_str());
+  curl_easy_setopt(h, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(h, CURLOPT_NOSIGNAL, 1L);  // the host has threads; no alarms for DNS waits
+  curl_easy_setopt(h, CURLOPT_ERRORBUFFER, errorText_);
+  curl_easy_setopt(h, CURLOPT_TIMEOUT, timeoutSeconds_);
+  curl_easy_setopt(h, CURLOPT_CONNECTTIMEOUT, kConnectTimeoutSeconds);
+  curl_easy_setopt(h, CURLOPT_TCP_KEEPALIVE, 1L);    // find a dead peer on a kept connection
+  curl_easy_setopt(h, CURLOPT_ACCEPT_ENCODING, "");  // whatever libcurl can decode
+  curl_easy_setopt(h, CURLOPT_USERAGENT, "tssoapclient90");
+  curl_easy_setopt(h, CURLOPT_SSL_VERIFYPEER, 1L);
+  curl_easy_setopt(h, CURLOPT_SSL_VERIFYHOST, 2L);
+  // A SOAP POST isn't repeated to another address behind the caller's back.
+  curl_easy_setopt(h, CURLOPT_FOLLOWLOCATION, 0L);
+  curl_easy_setopt(h, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(maxAnswerBytes_));
+  curl_easy_setopt(h, CURLOPT_WRITEFUNCTION, &HttpTransport::OnBody);
+  curl_easy_setopt(h, CURLOPT_WRITEDATA, this);
+  if (service_.hasUser) {
+    curl_easy_setopt(h, CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_BASIC));
+    curl_easy_setopt(h, CURLOPT_USERNAME, service_.user.c_str());
+    curl_easy_setopt(h, CURLOPT_PASSWORD, service_.password.c_str());
+  }
+  if (proxy_) {
+    std::string proxyUrl = proxy_->scheme + "://" + proxy_->host + ":" + proxy_->port;
+    curl_easy_setopt(h, CURLOPT_PROXY, proxyUrl.c_str());  // libcurl copies it
+    if (proxy_->hasUser) {
+      curl_easy_setopt(h, CURLOPT_PROXYAUTH, static_cast<long>(CURLAUTH_BASIC));
+      curl_easy_setopt(h, CURLOPT_PROXYUSERNAME, proxy_->user.c_str());
+      curl_easy_setopt(h, CURLOPT_PROXYPASSWORD, proxy_->password.c_str());
+    }
+  } else {
+    // Explicitly none: libcurl would otherwise follow the http_proxy environment variables.
+    curl_easy_setopt(h, CURLOPT_PROXY, "");
+  }
+}
+
+HttpTransport::~HttpTransport() {
+  curl_easy_cleanup(handle_);
+  curl_slist_free_all(headers_);
+}
+
+std::string HttpTransport::Where() const {
+  if (!proxy_) return service_.Where();
+  return service_.Where() + " (through the proxy server " + proxy_->Where() + ")";
+}
+
+size_t HttpTransport::OnBody(char* data, size_t size, size_t count, void* self) {
+  auto* transport = static_cast<HttpTransport*>(self);
+  size_t bytes = size * count;
+  std::string& body = transport->receiving_->body;
+  if (body.size() + bytes > transport->maxAnswerBytes_) {
+    transport->answerTooLarge_ = true;
+    return 0;  // ends the transfer
+  }
+  try {
+    body.append(data, bytes);
+  } catch (...) {
+    return 0;  // no memory: the transfer ends as failed
+  }
+  return bytes;
+}
+
+void HttpTransport::SetHeaders(const SOAPString& soapAction) {
+  // The header list only changes with the action, so calls to one method share it.
+  bool hasAction = !soapAction.IsNull();
+  std::string actionLine;
+  if (hasAction) {
+    actionLine = "SOAPAction: \"";
+    for (const char* p = soapAction.CStr(); *p != '\0'; ++p) {
+      unsigned char c = static_cast<unsigned char>(*p);
+      if (c < 0x20 || c == 0x7F) {
+        throw SOAPException(
+            "The SOAP action '%.200s' holds a control character, which an HTTP "
+            "header can't carry",
+            soapAction.CStr());
+      }
+      if (c == '"' || c == '\\') actionLine.push_back('\\');
+      actionLine.push_back(static_cast<char>(c));
+    }
+    actionLine.push_back('"');
+  }
+  if (headersBuilt_ && hasAction == headerHasAction_ && actionLine == headerAction_) return;
+
+  curl_slist* list = nullptr;
+  for (const char* line : {"Content-Type: text/xml; charset=utf-8", "Accept: text/xml",
+                           "Expect:"}) {  // no 100-continue round trip before the body
+    curl_slist* grown = curl_slist_append(list, line);
+    if (grown == nullptr) {
+      curl_slist_free_all(list);
+      throw SOAPMemoryException();
+    }
+    list = grown;
+  }
+  if (hasAction) {
+    curl_slist* grown = curl_slist_append(list, actionLine.c_str());
+    if (grown == nullptr) {
+      curl_slist_free_all(list);
+      throw SOAPMemoryException();
+    }
+    list = grown;
+  }
+  curl_easy_setopt(handle_, CURLOPT_HTTPHEADER, list);
+  curl_slist_free_all(headers_);
+  headers_ = list;
+  headerAction_ = std::move(actionLine);
+  headerHasAction_ = hasAction;
+  headersBuilt_ = true;
+}
+
+void HttpTransport::Post(const std::string& body, const SOAPString& soapAction,
+                         HttpAnswer& answer) {
+  SetHeaders(soapAction);
+  answer.status = 0;
+  answer.contentType.clear();
+  answer.charset.clear();
+  answer.body.clear();
+  receiving_ = &answer;
+  answerTooLarge_ = false;
+  errorText_[0] = '\0';
+  curl_easy_setopt(handle_, CURLOPT_POSTFIELDS, body.data());
+  curl_easy_setopt(handle_, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+  CURLcode code = curl_easy_perform(handle_);
+  receiving_ = nullptr;
+  if (answerTooLarge_ || code == CURLE_FILESIZE_EXCEEDED) {
+    answer.body.clear();
+    throw SOAPException("The answer from %s is larger than the limit of %llu bytes",
+                        Where().c_str(), static_cast<unsigned long long>(maxAnswerBytes_));
+  }
+  if (code != CURLE_OK) ThrowTransportFailure(code);
+  curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &answer.status);
+  char* contentType = nullptr;
+  curl_easy_getinfo(handle_, CURLINFO_CONTENT_TYPE, &contentType);
+  if (contentType != nullptr) {
+    answer.contentType = contentType;
+    answer.charset = CharsetOf(answer.contentType);
+  }
+}
+
+void HttpTransport::ThrowTransportFailure(CURLcode code) const {
+  std::string detail = errorText_[0] != '\0' ? errorText_ : curl_easy_strerror(code);
+  // libcurl never sees a password inside a URL, but a password that shows up in its text anyway
+  // is blotted out.
+  for (const ServiceAddress* address : {&service_, proxy_ ? &*proxy_ : nullptr}) {
+    if (address == nullptr || address->password.size() < 4) continue;
+    for (size_t at = detail.find(address->password); at != std::string::npos;
+         at = detail.find(address->password, at)) {
+      detail.replace(at, address->password.size(), "***");
+    }
+  }
+  if (code == CURLE_OPERATION_TIMEDOUT && timeoutSeconds_ > 0) {
+    throw SOAPSocketException("%s %s within the time-out of %ld seconds: %s", FailureKind(code),
+                              Where().c_str(), timeoutSeconds_, detail.c_str());
+  }
+  throw SOAPSocketException("%s %s: %s", FailureKind(code), Where().c_str(), detail.c_str());
+}
+
+}  // namespace easysoap_internal

@@ -1,0 +1,65 @@
+// HttpTransport: one libcurl easy handle that posts SOAP requests to one service, directly or
+// through an HTTP proxy server. The handle lives as long as the transport, so that libcurl keeps
+// the TCP connection open between posts and reuses it. Used by one thread at a time.
+#pragma once
+
+#include <curl/curl.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "easysoap/src/service_address.h"
+#include "support/values/soap_string.h"
+
+namespace easysoap_internal {
+
+struct HttpAnswer {
+  long status = 0;
+  std::string contentType;  // as the server sent it; empty when it sent none
+  std::string charset;      // the charset parameter of contentType, unquoted; may be empty
+  std::string body;         // decompressed
+};
+
+class HttpTransport {
+ public:
+  static constexpr long kConnectTimeoutSeconds = 30;
+
+  // timeoutSeconds limits each whole exchange; 0 means no limit. maxAnswerBytes bounds the body
+  // after decompression.
+  HttpTransport(ServiceAddress service, std::optional<ServiceAddress> proxy, long timeoutSeconds,
+                uint64_t maxAnswerBytes);
+  ~HttpTransport();
+  HttpTransport(const HttpTransport&) = delete;
+  HttpTransport& operator=(const HttpTransport&) = delete;
+
+  // POSTs body as text/xml. soapAction null sends no SOAPAction header, an empty one sends
+  // SOAPAction: "" and any other text is sent quoted. answer is replaced, its buffers reused.
+  // Throws SOAPSocketException when the exchange fails on the way (naming host:port, never a
+  // password), SOAPException for an answer beyond the size limit or an unusable action.
+  void Post(const std::string& body, const SOAPString& soapAction, HttpAnswer& answer);
+
+  // "host:port" of the service, and of the proxy server when there is one, for messages.
+  std::string Where() const;
+  const ServiceAddress& Service() const { return service_; }
+
+ private:
+  static size_t OnBody(char* data, size_t size, size_t count, void* self);
+  void SetHeaders(const SOAPString& soapAction);
+  [[noreturn]] void ThrowTransportFailure(CURLcode code) const;
+
+  ServiceAddress service_;
+  std::optional<ServiceAddress> proxy_;
+  long timeoutSeconds_;
+  uint64_t maxAnswerBytes_;
+  CURL* handle_ = nullptr;
+  curl_slist* headers_ = nullptr;
+  std::string headerAction_;  // the SOAPAction line headers_ was built for
+  bool headerHasAction_ = false;
+  bool headersBuilt_ = false;
+  HttpAnswer* receiving_ = nullptr;
+  bool answerTooLarge_ = false;
+  char errorText_[CURL_ERROR_SIZE] = {};
+};
+
+}  // namespace easysoap_internal

@@ -1,0 +1,497 @@
+#include "easysoap/soap_parser.h"
+
+// Debian's expat is built with DTD support, which is what brings the entity-expansion limits;
+// their declarations are only visible with this set.
+#ifndef XML_DTD
+#define XML_DTD 1
+#endif
+#include <expat.h>
+
+#include <cstring>
+#include <exception>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "easysoap/src/fault_text.h"
+#include "easysoap/src/multi_reference.h"
+#include "easysoap/src/soap_namespaces.h"
+#include "easysoap/src/xml_escape.h"
+#include "support/values/soap_exception.h"
+
+using easysoap_internal::AppendEscaped;
+using easysoap_internal::EscapeContext;
+using easysoap_internal::MultiReferences;
+namespace ns = easysoap_internal::namespaces;
+
+namespace {
+
+// Expat joins namespace, local name and prefix with this character. It can't occur in a name or
+// a namespace name, since XML doesn't allow it in a document at all.
+constexpr char kNameSeparator = '\x01';
+
+// Only the first part of a fault detail goes into the exception text; capturing stops soon after.
+constexpr size_t kDetailCaptureLimit = 8192;
+
+constexpr const char* kSoap12Envelope = "http://www.w3.org/2003/05/soap-envelope";
+
+struct SplitName {
+  std::string_view uri;
+  std::string_view local;
+  std::string_view prefix;
+};
+
+SplitName Split(const char* name) {
+  std::string_view text(name);
+  size_t first = text.find(kNameSeparator);
+  if (first == std::string_view::npos) return {{}, text, {}};
+  SplitName split{text.substr(0, first), text.substr(first + 1), {}};
+  size_t second = split.local.find(kNameSeparator);
+  if (second != std::string_view::npos) {
+    split.prefix = split.local.substr(second + 1);
+    split.local = split.local.substr(0, second);
+  }
+  return split;
+}
+
+bool IsSchemaInstance(std::string_view uri) {
+  return uri == ns::kSchemaInstance || uri == ns::kSchemaInstance1999;
+}
+
+// Attributes whose text is a qualified name, and whose prefix is resolved therefore.
+bool IsQNameValued(const SplitName& name) {
+  if (name.local == "type") return IsSchemaInstance(name.uri);
+  return name.local == "arrayType" || name.local == "itemType";
+}
+
+bool IsBlank(const std::string& text) {
+  for (char c : text) {
+    if (c != ' ' && c != '\t' && c != '\r' && c != '\n') return false;
+  }
+  return true;
+}
+
+bool StartsWith(const char* data, size_t size, std::string_view prefix) {
+  return size >= prefix.size() && std::memcmp(data, prefix.data(), prefix.size()) == 0;
+}
+
+// The charset of the HTTP answer, when the document doesn't state its own encoding: no byte
+// order mark, no UTF-16 without one (which expat recognises by itself), and no encoding in an
+// XML declaration.
+const char* EncodingOverride(const char* data, size_t size, const char* charset) {
+  if (charset == nullptr || *charset == '\0') return nullptr;
+  if (StartsWith(data, size, "\xEF\xBB\xBF") || StartsWith(data, size, "\xFE\xFF") ||
+      StartsWith(data, size, "\xFF\xFE") || StartsWith(data, size, std::string_view("<\0", 2)) ||
+      StartsWith(data, size, std::string_view("\0<", 2))) {
+    return nullptr;
+  }
+  if (StartsWith(data, size, "<?xml")) {
+    std::string_view head(data, size);
+    size_t end = head.find("?>");
+    if (head.substr(0, end).find("encoding") != std::string_view::npos) return nullptr;
+  }
+  return charset;
+}
+
+// windows-1252, which some servers send although expat doesn't know it: 0x80 to 0x9F hold
+// typographic characters, the rest is ISO-8859-1. The five unassigned bytes are errors.
+int XMLCALL UnknownEncoding(void*, const XML_Char* name, XML_Encoding* info) {
+  static constexpr int kHigh[32] = {0x20AC, -1,     0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, -1,     0x017D, -1,
+                                    -1,     0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, -1,     0x017E, 0x0178};
+  std::string lower;
+  for (const XML_Char* p = name; *p != '\0'; ++p) {
+    lower.push_back(static_cast<char>(*p >= 'A' && *p <= 'Z' ? *p - 'A' + 'a' : *p));
+  }
+  if (lower != "windows-1252" && lower != "cp1252") return XML_STATUS_ERROR;
+  for (int c = 0; c < 256; ++c) info->map[c] = c >= 0x80 && c < 0xA0 ? kHigh[c - 0x80] : c;
+  info->data = nullptr;
+  info->convert = nullptr;
+  info->release = nullptr;
+  return XML_STATUS_OK;
+}
+
+// One parse. Handlers run inside expat's C frames, so nothing may be thrown through them: a
+// failure stops the parser and is kept until XML_Parse has returned.
+class ResponseReader {
+ public:
+  ResponseReader(SOAPResponse& response, const SOAPParser::Limits& limits)
+      : response_(response), limits_(limits) {}
+  ~ResponseReader() {
+    if (parser_ != nullptr) XML_ParserFree(parser_);
+  }
+
+  void Parse(const char* data, size_t size, const char* charset) {
+    if (size > limits_.maxBytes) {
+      throw SOAPException("The answer is larger than the limit of %llu bytes",
+                          static_cast<unsigned long long>(limits_.maxBytes));
+    }
+    response_.Reset();
+    response_.GetBody().SetName("Body", ns::kEnvelope);
+    Create(EncodingOverride(data, size, charset));
+
+    // XML_Parse counts in int; feed large documents in pieces.
+    constexpr size_t kPiece = size_t{1} << 30;
+    size_t offset = 0;
+    do {
+      size_t piece = size - offset < kPiece ? size - offset : kPiece;
+      bool last = offset + piece == size;
+      if (XML_Parse(parser_, data + offset, static_cast<int>(piece), last) != XML_STATUS_OK) {
+        if (failure_) std::rethrow_exception(failure_);
+        throw SOAPException("The answer is not well-formed XML: %s at line %lu, column %lu",
+                            XML_ErrorString(XML_GetErrorCode(parser_)),
+                            static_cast<unsigned long>(XML_GetCurrentLineNumber(parser_)),
+                            static_cast<unsigned long>(XML_GetCurrentColumnNumber(parser_)) + 1);
+      }
+      offset += piece;
+    } while (offset < size);
+
+    if (!sawEnvelope_) throw SOAPException("The answer holds no XML element");
+    if (!sawBody_) throw SOAPException("The answer's SOAP envelope has no Body");
+    if (isFault_) ThrowFault();
+    if (references_.HasReferences()) {
+      references_.Resolve(response_.GetBody(), limits_.maxDepth - 2, limits_.maxElements);
+    }
+  }
+
+ private:
+  struct OpenElement {
+    SOAPParameter* element;
+    bool hasChildElement;
+  };
+
+  void Create(const char* encoding) {
+    parser_ = XML_ParserCreateNS(encoding, kNameSeparator);
+    if (parser_ == nullptr) throw SOAPMemoryException();
+    XML_SetUserData(parser_, this);
+    XML_SetReturnNSTriplet(parser_, 1);
+    XML_SetParamEntityParsing(parser_, XML_PARAM_ENTITY_PARSING_NEVER);
+#if XML_MAJOR_VERSION > 2 || (XML_MAJOR_VERSION == 2 && XML_MINOR_VERSION >= 4)
+    // A second line of defence: declarations are refused below, before any could be expanded.
+    XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser_, 10.0f);
+    XML_SetBillionLaughsAttackProtectionActivationThreshold(parser_, 1u << 20);
+#endif
+    XML_SetElementHandler(parser_, &ResponseReader::OnStart, &ResponseReader::OnEnd);
+    XML_SetCharacterDataHandler(parser_, &ResponseReader::OnText);
+    XML_SetNamespaceDeclHandler(parser_, &ResponseReader::OnNamespaceStart,
+                                &ResponseReader::OnNamespaceEnd);
+    XML_SetStartDoctypeDeclHandler(parser_, &ResponseReader::OnDoctype);
+    XML_SetEntityDeclHandler(parser_, &ResponseReader::OnEntityDecl);
+    XML_SetExternalEntityRefHandler(parser_, &ResponseReader::OnExternalEntity);
+    XML_SetUnknownEncodingHandler(parser_, &UnknownEncoding, nullptr);
+  }
+
+  // --- expat callbacks -------------------------------------------------------------------
+
+  static void XMLCALL OnStart(void* self, const XML_Char* name, const XML_Char** attributes) {
+    static_cast<ResponseReader*>(self)->Guard(
+        [&](ResponseReader& r) { r.Start(name, attributes); });
+  }
+  static void XMLCALL OnEnd(void* self, const XML_Char* name) {
+    static_cast<ResponseReader*>(self)->Guard([&](ResponseReader& r) { r.End(name); });
+  }
+  static void XMLCALL OnText(void* self, const XML_Char* text, int length) {
+    static_cast<ResponseReader*>(self)->Guard([&](ResponseReader& r) { r.Text(text, length); });
+  }
+  static void XMLCALL OnNamespaceStart(void* self, const XML_Char* prefix, const XML_Char* uri) {
+    static_cast<ResponseReader*>(self)->Guard([&](ResponseReader& r) {
+      r.inScope_[prefix != nullptr ? prefix : ""].emplace_back(uri != nullptr ? uri : "");
+    });
+  }
+  static void XMLCALL OnNamespaceEnd(void* self, const XML_Char* prefix) {
+    static_cast<ResponseReader*>(self)->Guard([&](ResponseReader& r) {
+      auto found = r.inScope_.find(prefix != nullptr ? prefix : "");
+      if (found != r.inScope_.end() && !found->second.empty()) found->second.pop_back();
+    });
+  }
+  static void XMLCALL OnDoctype(void* self, const XML_Char*, const XML_Char*, const XML_Char*,
+                                int) {
+    static_cast<ResponseReader*>(self)->Fail(SOAPException(
+        "The answer holds a document type declaration, which SOAP doesn't allow; it isn't read"));
+  }
+  static void XMLCALL OnEntityDecl(void* self, const XML_Char*, int, const XML_Char*, int,
+                                   const XML_Char*, const XML_Char*, const XML_Char*,
+                                   const XML_Char*) {
+    static_cast<ResponseReader*>(self)->Fail(
+        SOAPException("The answer declares an entity, which SOAP doesn't allow; it isn't read"));
+  }
+  static int XMLCALL OnExternalEntity(XML_Parser, const XML_Char*, const XML_Char*, const XML_Char*,
+                                      const XML_Char*) {
+    return XML_STATUS_ERROR;  // nothing is ever loaded from outside the answer
+  }
+
+  template <typename Action>
+  void Guard(Action action) {
+    if (failure_) return;
+    try {
+      action(*this);
+    } catch (...) {
+      failure_ = std::current_exception();
+      XML_StopParser(parser_, XML_FALSE);
+    }
+  }
+
+  void Fail(const SOAPException& exception) {
+    if (failure_) return;
+    failure_ = std::make_exception_ptr(exception);
+    XML_StopParser(parser_, XML_FALSE);
+  }
+
+  // --- the document ----------------------------------------------------------------------
+
+  void Start(const XML_Char* rawName, const XML_Char** attributes) {
+    ++depth_;
+    if (depth_ > limits_.maxDepth) {
+      throw SOAPException("The answer nests elements deeper than the limit of %u levels",
+                          limits_.maxDepth);
+    }
+    if (++elementCount_ > limits_.maxElements) {
+      throw SOAPException("The answer holds more than the limit of %u elements",
+                          limits_.maxElements);
+    }
+    if (skipFrom_ != 0) return;
+    SplitName name = Split(rawName);
+    if (depth_ == 1) {
+      StartEnvelope(name);
+      return;
+    }
+    if (depth_ == 2) {
+      if (!sawBody_ && name.local == "Body" && name.uri == ns::kEnvelope) {
+        sawBody_ = true;
+        open_.push_back({&response_.GetBody(), false});
+        texts_.resize(1);
+      } else {
+        skipFrom_ = depth_;  // the Header, and anything the envelope holds besides the Body
+      }
+      return;
+    }
+    if (open_.empty()) return;
+    StartBodyElement(name, attributes);
+  }
+
+  void StartEnvelope(const SplitName& name) {
+    sawEnvelope_ = true;
+    if (name.local == "Envelope" && name.uri == kSoap12Envelope) {
+      throw SOAPException("The answer is a SOAP 1.2 envelope; this client speaks SOAP 1.1");
+    }
+    if (name.local != "Envelope" || name.uri != ns::kEnvelope) {
+      throw SOAPException(
+          "The answer is not a SOAP envelope: its root element is '%.200s' in "
+          "the namespace '%.200s'",
+          std::string(name.local).c_str(), std::string(name.uri).c_str());
+    }
+  }
+
+  void StartBodyElement(const SplitName& name, const XML_Char** attributes) {
+    OpenElement& parent = open_.back();
+    parent.hasChildElement = true;
+    scratch_.assign(name.local);
+    scratchUri_.assign(name.uri);
+    SOAPParameter& element = parent.element->AddParameter(scratch_.c_str());
+    element.SetName(scratch_.c_str(), name.uri.empty() ? nullptr : scratchUri_.c_str());
+    for (const XML_Char** attribute = attributes; *attribute != nullptr; attribute += 2) {
+      AddAttribute(element, Split(attribute[0]), attribute[1]);
+    }
+
+    if (depth_ == 3 && !sawMethod_) {
+      sawMethod_ = true;
+      isFault_ = name.local == "Fault" && name.uri == ns::kEnvelope;
+    }
+    if (captureFrom_ != 0) {
+      CaptureStart(name, attributes);
+    } else if (isFault_ && depth_ == 4 && name.local == "detail") {
+      captureFrom_ = depth_;
+    }
+
+    open_.push_back({&element, false});
+    if (texts_.size() < open_.size()) texts_.resize(open_.size());
+    texts_[open_.size() - 1].clear();
+  }
+
+  void AddAttribute(SOAPParameter& element, const SplitName& name, const char* value) {
+    scratch_.assign(name.local);
+    scratchUri_.assign(name.uri);
+    SOAPQName& stored = element.AddAttribute(
+        SOAPQName(scratch_.c_str(), name.uri.empty() ? nullptr : scratchUri_.c_str()));
+    stored.SetName(value);
+    if (IsQNameValued(name)) {
+      std::string_view uri = PrefixNamespace(value);
+      if (!uri.empty()) {
+        scratchUri_.assign(uri);
+        stored.SetNamespace(scratchUri_.c_str());
+      }
+    }
+    if (name.local == "nil" && IsSchemaInstance(name.uri) &&
+        (std::strcmp(value, "true") == 0 || std::strcmp(value, "1") == 0)) {
+      element.SetNull(true);
+    }
+    if (name.uri.empty()) {
+      if (name.local == "id") references_.AddId(value, &element);
+      if (name.local == "href" && value[0] == '#') references_.AddReference(&element, value + 1);
+    }
+  }
+
+  // The namespace that the prefix of a QName text stands for here; the default namespace for a
+  // text without prefix; empty when the prefix isn't declared.
+  std::string_view PrefixNamespace(std::string_view qname) const {
+    size_t colon = qname.find(':');
+    std::string prefix(colon == std::string_view::npos ? std::string_view()
+                                                       : qname.substr(0, colon));
+    auto found = inScope_.find(prefix);
+    if (found == inScope_.end() || found->second.empty()) return {};
+    return found->second.back();
+  }
+
+  void Text(const XML_Char* text, int length) {
+    if (skipFrom_ != 0 || open_.size() < 2) return;
+    texts_[open_.size() - 1].append(text, static_cast<size_t>(length));
+    if (captureFrom_ != 0) CaptureText(text, static_cast<size_t>(length));
+  }
+
+  void End(const XML_Char* rawName) {
+    if (skipFrom_ != 0) {
+      if (depth_ == skipFrom_) skipFrom_ = 0;
+      --depth_;
+      return;
+    }
+    if (captureFrom_ != 0) {
+      if (depth_ > captureFrom_) {
+        CaptureEnd(rawName);
+      } else {
+        captureFrom_ = 0;
+      }
+    }
+    if (!open_.empty()) {
+      if (open_.size() >= 2) StoreText(open_.back(), texts_[open_.size() - 1]);
+      open_.pop_back();
+    }
+    --depth_;
+  }
+
+  // A leaf keeps its text, empty included; an element with children keeps only text that is more
+  // than the white space between them.
+  static void StoreText(const OpenElement& open, const std::string& text) {
+    if (open.hasChildElement && IsBlank(text)) return;
+    open.element->SetString(text.c_str());
+    if (open.element->GetString().IsNull()) throw SOAPMemoryException();
+  }
+
+  // --- the fault -------------------------------------------------------------------------
+
+  void ThrowFault() const {
+    const SOAPParameter& fault = response_.GetMethod();
+    auto partText = [&](const char* part) -> std::string_view {
+      const SOAPParameter* found = fault.FindParameter(part);
+      return found != nullptr ? std::string_view(found->GetString().CStr()) : std::string_view();
+    };
+    std::string packed = easysoap_internal::PackFaultText(
+        partText("faultcode"), partText("faultstring"), detail_, SOAPException::kMessageLimit - 1);
+    throw SOAPFaultException("%s", packed.c_str());
+  }
+
+  // The detail's content is written back as XML text, in UTF-8 whatever the answer's encoding.
+  // Every prefix it uses is declared where it is first needed, also those the answer declared
+  // further out, so that the text stands on its own.
+  void CaptureStart(const SplitName& name, const XML_Char** attributes) {
+    if (detail_.size() > kDetailCaptureLimit) return;
+    std::string declarations;
+    detail_.push_back('<');
+    AppendCapturedName(name, declarations);
+    for (const XML_Char** attribute = attributes; *attribute != nullptr; attribute += 2) {
+      SplitName attributeName = Split(attribute[0]);
+      detail_.push_back(' ');
+      AppendCapturedName(attributeName, declarations);
+      detail_.append("=\"");
+      AppendEscaped(detail_, attribute[1], std::strlen(attribute[1]), EscapeContext::kAttribute);
+      detail_.push_back('"');
+      if (IsQNameValued(attributeName)) {
+        std::string_view value(attribute[1]);
+        size_t colon = value.find(':');
+        if (colon != std::string_view::npos) {
+          DeclareForCapture(value.substr(0, colon), PrefixNamespace(value), declarations);
+        }
+      }
+    }
+    detail_.append(declarations).push_back('>');
+  }
+
+  void AppendCapturedName(const SplitName& name, std::string& declarations) {
+    if (!name.prefix.empty()) detail_.append(name.prefix).push_back(':');
+    detail_.append(name.local);
+    if (!name.prefix.empty() || !name.uri.empty())
+      DeclareForCapture(name.prefix, name.uri, declarations);
+  }
+
+  void DeclareForCapture(std::string_view prefix, std::string_view uri, std::string& declarations) {
+    for (auto it = captureScope_.rbegin(); it != captureScope_.rend(); ++it) {
+      if (it->prefix == prefix) {
+        if (it->uri == uri) return;
+        break;
+      }
+    }
+    if (uri.empty() && !prefix.empty()) return;  // an undeclared prefix: nothing to say
+    captureScope_.push_back({std::string(prefix), std::string(uri), depth_});
+    declarations.append(prefix.empty() ? " xmlns" : " xmlns:").append(prefix).append("=\"");
+    AppendEscaped(declarations, uri.data(), uri.size(), EscapeContext::kAttribute);
+    declarations.push_back('"');
+  }
+
+  void CaptureText(const XML_Char* text, size_t length) {
+    if (detail_.size() > kDetailCaptureLimit) return;
+    AppendEscaped(detail_, text, length, EscapeContext::kText);
+  }
+
+  void CaptureEnd(const XML_Char* rawName) {
+    while (!captureScope_.empty() && captureScope_.back().depth == depth_) captureScope_.pop_back();
+    if (detail_.size() > kDetailCaptureLimit) return;
+    SplitName name = Split(rawName);
+    detail_.append("</");
+    if (!name.prefix.empty()) detail_.append(name.prefix).push_back(':');
+    detail_.append(name.local).push_back('>');
+  }
+
+  XML_Parser parser_ = nullptr;
+  SOAPResponse& response_;
+  const SOAPParser::Limits& limits_;
+  std::exception_ptr failure_;
+
+  uint32_t depth_ = 0;
+  uint32_t elementCount_ = 0;
+  uint32_t skipFrom_ = 0;  // depth of an element whose content is ignored, or 0
+  bool sawEnvelope_ = false;
+  bool sawBody_ = false;
+  bool sawMethod_ = false;
+  bool isFault_ = false;
+
+  std::vector<OpenElement> open_;   // the Body and the elements open inside it
+  std::vector<std::string> texts_;  // their text so far, one buffer per level, reused
+  std::unordered_map<std::string, std::vector<std::string>> inScope_;  // prefix: namespaces
+  MultiReferences references_;
+  std::string scratch_;
+  std::string scratchUri_;
+
+  struct CaptureDeclaration {
+    std::string prefix;
+    std::string uri;
+    uint32_t depth;
+  };
+  uint32_t captureFrom_ = 0;  // depth of the fault's detail element while it is open, or 0
+  std::string detail_;
+  std::vector<CaptureDeclaration> captureScope_;
+};
+
+}  // namespace
+
+void SOAPParser::ParseResponse(const char* data, size_t size, const char* charset,
+                               SOAPResponse& response) {
+  ParseResponse(data, size, charset, response, Limits());
+}
+
+void SOAPParser::ParseResponse(const char* data, size_t size, const char* charset,
+                               SOAPResponse& response, const Limits& limits) {
+  if (limits.maxDepth < 3) throw SOAPException("The depth limit of a parse must be 3 or more");
+  ResponseReader reader(response, limits);
+  reader.Parse(data != nullptr ? data : "", data != nullptr ? size : 0, charset);
+}

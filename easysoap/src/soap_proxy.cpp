@@ -1,0 +1,170 @@
+#include "easysoap/soap_proxy.h"
+
+#include <exception>
+#include <new>
+#include <optional>
+#include <string>
+
+#include "easysoap/soap_debugger.h"
+#include "easysoap/soap_parser.h"
+#include "easysoap/src/http_transport.h"
+#include "easysoap/src/service_address.h"
+#include "easysoap/xml_composer.h"
+#include "support/values/soap_exception.h"
+
+using easysoap_internal::HttpAnswer;
+using easysoap_internal::HttpTransport;
+using easysoap_internal::ParseServiceAddress;
+using easysoap_internal::ServiceAddress;
+
+static_assert(SOAPProxy::kConnectTimeoutSeconds == HttpTransport::kConnectTimeoutSeconds);
+
+namespace {
+
+std::optional<ServiceAddress> ProxyServer(const char* proxyAddress) {
+  if (proxyAddress == nullptr) return std::nullopt;
+  for (const char* p = proxyAddress; *p != '\0'; ++p) {
+    if (*p != ' ' && *p != '\t') return ParseServiceAddress(proxyAddress, "proxy server");
+  }
+  return std::nullopt;
+}
+
+bool IsSuccess(long status) { return status >= 200 && status < 300; }
+
+// The first bytes of an answer that isn't SOAP, printable, so that an HTML error page or a
+// stray text shows what it is.
+std::string Beginning(const std::string& body) {
+  constexpr size_t kShown = 160;
+  std::string shown;
+  for (size_t i = 0; i < body.size() && shown.size() < kShown; ++i) {
+    unsigned char c = static_cast<unsigned char>(body[i]);
+    if (c == '\r' || c == '\n' || c == '\t') {
+      if (!shown.empty() && shown.back() != ' ') shown.push_back(' ');
+    } else {
+      shown.push_back(c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '?');
+    }
+  }
+  if (body.size() > shown.size()) shown.append("...");
+  return shown;
+}
+
+void LogTraffic(const char* heading, const std::string& headingDetail, const std::string& body) {
+  if (!SOAPDebugger::IsLogging(SOAPDebugger::kTraffic)) return;
+  std::string entry = heading;
+  entry.append(headingDetail).append("\n").append(body).append("\n");
+  SOAPDebugger::Write(SOAPDebugger::kTraffic, entry.data(),
+                      static_cast<unsigned int>(entry.size()));
+}
+
+}  // namespace
+
+struct SOAPProxy::Impl {
+  Impl(ServiceAddress service, std::optional<ServiceAddress> proxy, long timeout, int style)
+      : transport(std::move(service), std::move(proxy), timeout, SOAPParser::Limits().maxBytes),
+        bindingStyle(style) {}
+
+  void Execute(const SOAPMethod& method);
+  void Interpret(const std::string& where);
+
+  HttpTransport transport;
+  int bindingStyle;
+  SOAPResponse response;
+  std::string request;  // buffers kept from call to call
+  HttpAnswer answer;
+};
+
+void SOAPProxy::Impl::Execute(const SOAPMethod& method) {
+  response.Reset();
+  int style =
+      method.bindingStyle != XMLComposer::kUnstatedStyle ? method.bindingStyle : bindingStyle;
+  XMLComposer::ComposeRequest(method, style, request);
+
+  const SOAPString& action = method.GetSoapAction();
+  LogTraffic("POST ",
+             transport.Service().url +
+                 (action.IsNull() ? std::string(" (no SOAPAction)")
+                                  : " (SOAPAction \"" + std::string(action.CStr()) + "\")"),
+             request);
+  transport.Post(request, action, answer);
+  LogTraffic("HTTP ", std::to_string(answer.status) + " " + answer.contentType, answer.body);
+  Interpret(transport.Where());
+}
+
+void SOAPProxy::Impl::Interpret(const std::string& where) {
+  const char* contentType = answer.contentType.empty() ? "none" : answer.contentType.c_str();
+  if (answer.body.empty()) {
+    throw SOAPException("The server at %s answered HTTP %ld with no SOAP message (empty body)",
+                        where.c_str(), answer.status);
+  }
+  try {
+    SOAPParser::ParseResponse(answer.body.data(), answer.body.size(),
+                              answer.charset.empty() ? nullptr : answer.charset.c_str(), response);
+  } catch (const SOAPFaultException&) {
+    throw;  // a fault is the server's answer, whatever the HTTP status
+  } catch (const SOAPMemoryException&) {
+    throw;
+  } catch (const SOAPException& e) {
+    response.Reset();
+    if (IsSuccess(answer.status)) {
+      throw SOAPException(
+          "The answer from %s (HTTP %ld, Content-Type %s) is not a usable SOAP "
+          "message: %s. It begins: %s",
+          where.c_str(), answer.status, contentType, e.What(), Beginning(answer.body).c_str());
+    }
+    throw SOAPException(
+        "The server at %s answered HTTP %ld without a SOAP fault "
+        "(Content-Type %s): %s. It begins: %s",
+        where.c_str(), answer.status, contentType, e.What(), Beginning(answer.body).c_str());
+  }
+  if (!IsSuccess(answer.status)) {
+    response.Reset();
+    throw SOAPException("The server at %s answered HTTP %ld with a SOAP message that is no fault",
+                        where.c_str(), answer.status);
+  }
+}
+
+SOAPProxy::SOAPProxy(const char* address, const char* proxyAddress, long timeout,
+                     int bindingStyle) {
+  try {
+    impl_ = std::make_unique<Impl>(ParseServiceAddress(address, "service"),
+                                   ProxyServer(proxyAddress), timeout, bindingStyle);
+  } catch (const SOAPException&) {
+    throw;
+  } catch (const std::bad_alloc&) {
+    throw SOAPMemoryException();
+  } catch (const std::exception& e) {
+    throw SOAPException("Can't set up the connection: %s", e.what());
+  }
+}
+
+SOAPProxy::~SOAPProxy() = default;
+
+const SOAPResponse& SOAPProxy::Execute(const SOAPMethod& method) {
+  try {
+    impl_->Execute(method);
+  } catch (const SOAPException&) {
+    throw;
+  } catch (const std::bad_alloc&) {
+    impl_->response.Reset();
+    throw SOAPMemoryException();
+  } catch (const std::exception& e) {
+    impl_->response.Reset();
+    throw SOAPException("The SOAP call failed: %s", e.what());
+  }
+  return impl_->response;
+}
+
+SOAPProxy* InitSOAPProxy(const char* address, long timeout, int bindingStyle) {
+  return InitSOAPProxyEx(address, nullptr, timeout, bindingStyle);
+}
+
+SOAPProxy* InitSOAPProxyEx(const char* address, const char* proxyAddress, long timeout,
+                           int bindingStyle) {
+  try {
+    return new SOAPProxy(address, proxyAddress, timeout, bindingStyle);
+  } catch (const std::bad_alloc&) {
+    throw SOAPMemoryException();
+  }
+}
+
+void DeleteSOAPProxy(SOAPProxy* proxy) { delete proxy; }
