@@ -16,11 +16,11 @@ struct ConversionContext {
   // The element to fill (way out) or to read (way in). The way in never writes through it.
   SOAPParameter& parameter;
   IHostSession& session;
-  HostObject proxy;             // its class variables hold the namespaces and type descriptions
-  const std::string& typeName;  // the declared type, with its prefix
-  HostValueRecord& record;      // the host value
-  std::string elementName;      // array drivers: local name of the items
-  std::string elementNamespace; // array drivers: namespace of the items
+  HostObject proxy;              // its class variables hold the namespaces and type descriptions
+  const std::string& typeName;   // the declared type, with its prefix
+  HostValueRecord& record;       // the host value
+  std::string elementName;       // array drivers: local name of the items
+  std::string elementNamespace;  // array drivers: namespace of the items
   // Repeated-element drivers: the element under which the item elements stand.
   SOAPParameter* parentParameter = nullptr;
   // The row whose operation runs (null on the object path).
