@@ -1,0 +1,92 @@
+#include "common/misbehaving_servers.h"
+
+namespace tssoap::test {
+
+const char* const kMultiReferenceBody =
+    "<ns:echoStructResponse SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">"
+    "<result href=\"#s1\"/>"
+    "</ns:echoStructResponse>"
+    "<ns:SampleStruct id=\"s1\" xsi:type=\"ns:SampleStruct\" SOAP-ENC:root=\"0\">"
+    "<text xsi:type=\"xsd:string\">shared</text>"
+    "<number xsi:type=\"xsd:int\">7</number>"
+    "<list href=\"#a1\"/>"
+    "</ns:SampleStruct>"
+    "<SOAP-ENC:Array id=\"a1\" SOAP-ENC:arrayType=\"xsd:string[3]\" SOAP-ENC:root=\"0\">"
+    "<item>one</item><item>two</item><item>three</item>"
+    "</SOAP-ENC:Array>";
+
+const char* const kBillionLaughsDocument =
+    "<?xml version=\"1.0\"?>\n"
+    "<!DOCTYPE lolz [\n"
+    " <!ENTITY lol \"lol\">\n"
+    " <!ENTITY lol1 \"&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;\">\n"
+    " <!ENTITY lol2 \"&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;\">\n"
+    " <!ENTITY lol3 \"&lol2;&lol2;&lol2;&lol2;&lol2;&lol2;&lol2;&lol2;&lol2;&lol2;\">\n"
+    " <!ENTITY lol4 \"&lol3;&lol3;&lol3;&lol3;&lol3;&lol3;&lol3;&lol3;&lol3;&lol3;\">\n"
+    " <!ENTITY lol5 \"&lol4;&lol4;&lol4;&lol4;&lol4;&lol4;&lol4;&lol4;&lol4;&lol4;\">\n"
+    " <!ENTITY lol6 \"&lol5;&lol5;&lol5;&lol5;&lol5;&lol5;&lol5;&lol5;&lol5;&lol5;\">\n"
+    " <!ENTITY lol7 \"&lol6;&lol6;&lol6;&lol6;&lol6;&lol6;&lol6;&lol6;&lol6;&lol6;\">\n"
+    " <!ENTITY lol8 \"&lol7;&lol7;&lol7;&lol7;&lol7;&lol7;&lol7;&lol7;&lol7;&lol7;\">\n"
+    " <!ENTITY lol9 \"&lol8;&lol8;&lol8;&lol8;&lol8;&lol8;&lol8;&lol8;&lol8;&lol8;\">\n"
+    "]>\n"
+    "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\">"
+    "<SOAP-ENV:Body><ns:r xmlns:ns=\"urn:x\"><text>&lol9;</text></ns:r></SOAP-ENV:Body>"
+    "</SOAP-ENV:Envelope>";
+
+std::string SoapEnvelope(std::string_view bodyContent) {
+  std::string envelope =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+      "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\""
+      " xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\""
+      " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
+      " xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\" xmlns:ns=\"urn:tssoap-sample\">"
+      "<SOAP-ENV:Body>";
+  envelope.append(bodyContent).append("</SOAP-ENV:Body></SOAP-ENV:Envelope>");
+  return envelope;
+}
+
+LoopbackHttpServer::Responder AnswerWith(int status, std::string contentType, std::string body) {
+  std::string response = HttpResponse(status, status == 200 ? "OK" : "Error", contentType, body);
+  return [response](HttpConnection& connection, const HttpRequest&) { connection.Send(response); };
+}
+
+LoopbackHttpServer::Responder NeverAnswers() {
+  return [](HttpConnection& connection, const HttpRequest&) { connection.HoldOpen(); };
+}
+
+LoopbackHttpServer::Responder ClosesMidResponse() {
+  return [](HttpConnection& connection, const HttpRequest&) {
+    std::string body = SoapEnvelope("<ns:echoStringResponse><result>" + std::string(3000, 'x') +
+                                    "</result></ns:echoStringResponse>");
+    body.resize(4000, ' ');
+    std::string response = HttpResponse(200, "OK", "text/xml; charset=utf-8", body);
+    connection.Send(std::string_view(response).substr(0, response.size() - 2500));
+    connection.Close();
+  };
+}
+
+LoopbackHttpServer::Responder ClosesWithoutAnswer() {
+  return [](HttpConnection& connection, const HttpRequest&) { connection.Close(); };
+}
+
+LoopbackHttpServer::Responder AnswersHtml500() {
+  return AnswerWith(500, "text/html; charset=iso-8859-1",
+                    "<!DOCTYPE html>\n<html><head><title>500 Internal Server Error</title></head>"
+                    "<body><h1>Internal Server Error</h1><p>The server broke.</p></body></html>\n");
+}
+
+LoopbackHttpServer::Responder AnswersMalformedXml() {
+  return AnswerWith(
+      200, "text/xml; charset=utf-8",
+      SoapEnvelope("<ns:echoStringResponse><result>unclosed</ns:echoStringResponse>"));
+}
+
+LoopbackHttpServer::Responder AnswersMultiReference() {
+  return AnswerWith(200, "text/xml; charset=utf-8", SoapEnvelope(kMultiReferenceBody));
+}
+
+LoopbackHttpServer::Responder AnswersBillionLaughs() {
+  return AnswerWith(200, "text/xml", kBillionLaughsDocument);
+}
+
+}  // namespace tssoap::test
