@@ -17,6 +17,7 @@
 //gsoap ns schema namespace:  urn:tssoap-sample
 
 #include <string>
+#import "stlvector.h"
 
 // --- types ---------------------------------------------------------------------------------
 
@@ -34,6 +35,35 @@ class ns__SampleStruct {
   int number;
 };
 
+// A phone number with its kind: a structure of simple fields.
+class ns__Phone {
+ public:
+  std::string number;
+  int kind;
+};
+
+// A SOAP-encoded array of ns:Phone (SOAP-ENC:Array, arrayType="ns:Phone[n]").
+class ArrayOfPhone {
+ public:
+  ns__Phone* __ptr;
+  int __size;
+};
+
+// An address: a scalar field, an encoded array field of simple values and a nested structure.
+class ns__Address {
+ public:
+  std::string street;
+  int zip;
+  ArrayOfstring* tags;
+  ns__Phone* phone;
+};
+
+// A plain wrapper element whose children, named "item", are the phones (no array attributes).
+class ns__PhoneList {
+ public:
+  std::vector<ns__Phone> item;
+};
+
 // --- echo operations (echo_operations.cpp) -------------------------------------------------
 
 int ns__echoString(std::string input, std::string& result);
@@ -43,6 +73,29 @@ struct ns__echoStructResponse {
   ns__SampleStruct* result;
 };
 int ns__echoStruct(ns__SampleStruct* input, struct ns__echoStructResponse& response);
+
+// --- structure operations (struct_operations.cpp) ------------------------------------------
+
+// A structure with all three kinds of field, answered as it came.
+struct ns__echoAddressResponse {
+  ns__Address* result;
+};
+int ns__echoAddress(ns__Address* input, struct ns__echoAddressResponse& response);
+// Arrays of structures in the three layouts: an encoded array, repeated sibling elements
+// ("phones", in the request and in the answer), and a plain wrapper with item children.
+struct ns__echoPhoneArrayResponse {
+  ArrayOfPhone* result;
+};
+int ns__echoPhoneArray(ArrayOfPhone* input, struct ns__echoPhoneArrayResponse& response);
+struct ns__echoPhonesRepeatedResponse {
+  std::vector<ns__Phone> phones;
+};
+int ns__echoPhonesRepeated(std::vector<ns__Phone> phones,
+                           struct ns__echoPhonesRepeatedResponse& response);
+struct ns__echoPhoneListResponse {
+  ns__PhoneList* result;
+};
+int ns__echoPhoneList(ns__PhoneList* input, struct ns__echoPhoneListResponse& response);
 
 // --- control operations (control_operations.cpp) -------------------------------------------
 
