@@ -19,5 +19,5 @@ add_library(tssoap_core STATIC $<TARGET_OBJECTS:tssoap_objects>)
 target_link_libraries(tssoap_core PUBLIC tssoap_objects)
 
 add_library(tssoapclient90 SHARED $<TARGET_OBJECTS:tssoap_objects>)
-target_link_options(tssoapclient90 PRIVATE -Wl,--exclude-libs,ALL -Wl,--no-undefined)
+target_link_options(tssoapclient90 PRIVATE -Wl,--exclude-libs,ALL -Wl,--no-undefined -Wl,--version-script=${CMAKE_SOURCE_DIR}/host/exports.map)
 target_link_libraries(tssoapclient90 PRIVATE easysoap Threads::Threads ${CMAKE_DL_LIBS})

@@ -3,7 +3,6 @@
 #include <dlfcn.h>
 
 #include "easysoap/soap_debugger.h"
-#include "host/type_namespace_buffer.h"
 
 namespace tssoap {
 namespace {
@@ -32,12 +31,7 @@ __attribute__((constructor)) void OnLibraryLoad() {
   if (dladdr(reinterpret_cast<const void*>(&OnLibraryLoad), &info) != 0) {
     gModuleHandle = info.dli_fbase;
   }
-  // Without a slot every thread runs without a block: SetTypeNamespace then stores nothing and
-  // GetTypeNamespace answers null. The ELF loader has no way to refuse the load from here.
-  CreateTypeNamespaceSlot();
 }
-
-__attribute__((destructor)) void OnLibraryUnload() { DeleteTypeNamespaceSlot(); }
 
 }  // namespace
 }  // namespace tssoap

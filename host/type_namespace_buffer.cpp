@@ -59,4 +59,14 @@ const char* GetTypeNamespace() {
   return static_cast<const char*>(pthread_getspecific(gSlot));
 }
 
+namespace {
+
+// Process attach and detach. They live beside the slot, so that whatever links the slot gets
+// them too, also a program that links the extension's objects statically. Without a slot every
+// thread runs without a block: the ELF loader offers no way to refuse the load from here.
+__attribute__((constructor)) void OnLoadCreateSlot() { CreateTypeNamespaceSlot(); }
+__attribute__((destructor)) void OnUnloadDeleteSlot() { DeleteTypeNamespaceSlot(); }
+
+}  // namespace
+
 }  // namespace tssoap

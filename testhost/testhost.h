@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -81,9 +82,9 @@ struct Value {
   // A value declared as any (kind 8), null.
   static Value Any();
 
-  int64_t AsInt() const;               // any integer kind or boolean
-  double AsDouble() const;             // real or double
-  const std::string& AsString() const; // string or decimal
+  int64_t AsInt() const;                // any integer kind or boolean
+  double AsDouble() const;              // real or double
+  const std::string& AsString() const;  // string or decimal
   const std::vector<uint8_t>& AsBytes() const;
   HostObject AsObject() const;
   const Items& AsItems() const;
@@ -96,12 +97,12 @@ std::string Describe(const Value& value);
 
 // An instance variable of a class.
 struct FieldSpec {
-  std::string name;                    // as the host knows it (normally lower case)
-  HostValueKind kind = kHostString;    // of the value; of the items for an array
+  std::string name;                  // as the host knows it (normally lower case)
+  HostValueKind kind = kHostString;  // of the value; of the items for an array
   bool isArray = false;
-  bool isObject = false;               // an object, or an array of objects
-  std::string className;               // objects: the field's class
-  bool bounded = false;                // arrays: a bounded array of boundedLength items
+  bool isObject = false;  // an object, or an array of objects
+  std::string className;  // objects: the field's class
+  bool bounded = false;   // arrays: a bounded array of boundedLength items
   int32_t boundedLength = 0;
   // The value a new instance starts with; by default a non-null zero, empty text, empty unbounded
   // array, or a null object.
@@ -168,15 +169,15 @@ class Runtime final : public IHostSession {
                         std::vector<FieldSpec> fields);
   // A proxy class: its group and class share its name (kind 4); every variable is a string,
   // null when its value is nullopt.
-  HostClass DefineProxyClass(const std::string& name,
-                             const std::vector<std::pair<std::string, std::optional<std::string>>>&
-                                 stringVariables);
+  HostClass DefineProxyClass(
+      const std::string& name,
+      const std::vector<std::pair<std::string, std::optional<std::string>>>& stringVariables);
   // A structure class: its group and class share its name (kind 5).
   HostClass DefineStructure(const std::string& name, std::vector<FieldSpec> fields);
 
   // ---- Objects and values -----------------------------------------------------------------
-  HostObject NewInstance(HostClass cls);                     // fields at their initial values
-  HostObject NewInstance(const std::string& className);      // by class name (any group)
+  HostObject NewInstance(HostClass cls);                 // fields at their initial values
+  HostObject NewInstance(const std::string& className);  // by class name (any group)
   void SetField(HostObject object, const std::string& name, const Value& value);
   Value GetField(HostObject object, const std::string& name);
   // Destroys an object; an extension instance is ended with Destroy, a proxy's marshaler too.
@@ -236,13 +237,22 @@ class Runtime final : public IHostSession {
   // The pending exception of the running script, 0 when none; Take clears it.
   HostObject PendingException() const { return pendingException_; }
   HostObject TakePendingException();
-  // Array infos and decimal texts handed out and not given back yet.
+  // Array infos, decimal texts and prepared calls handed out and not given back yet.
   int OutstandingArrayInfos() const;
   int OutstandingDecimalTexts() const;
+  int OutstandingCallInfos() const;
   // How often each host operation was called, by name ("GetFieldId", "NewProxyObject", ...).
   int CallCount(const std::string& operation) const;
   // The names asked for with GetFieldId, in order.
   const std::vector<std::string>& FieldIdRequests() const;
+  // Every host operation (of the session and of the values) in order, while recording is on; off
+  // by default. Turning it on clears what was recorded.
+  void RecordOperations(bool on);
+  const std::vector<std::string_view>& Operations() const;
+  // Calls that broke the host's rules (an unknown handle or one of another kind, item 0 or beyond
+  // a bounded array, a reader of another kind than the value's, a text released twice, ...), one
+  // readable line each. A correct extension leaves this empty.
+  const std::vector<std::string>& Misuses() const;
 
   // ---- IHostSession -----------------------------------------------------------------------
   HostClass GetClass(HostObject object) override;
@@ -353,14 +363,108 @@ class Runtime final : public IHostSession {
   HostObject NewProxyObject(HostClass cls) override;
   void AttachMarshaler(HostObject proxy, IHostMarshaler* marshaler) override;
 
-  struct Model;  // the in-memory state, defined in the implementation
+  struct Model;   // the in-memory state, defined in the implementation
+  struct Stored;  // one stored field or array item, defined in the implementation
 
  private:
+  void Note(std::string_view operation);
+  void Misuse(std::string message);
+  HostBool Answer(bool value) const { return value ? trueValue_ : HostBool{0}; }
+  struct CallFrame;
+  class ClassDescriptionReader;
+  // Runs method of an extension object with cells made from args and resultPrototype; the
+  // outcome's values are read back after the call. touched tells whether the result was written.
+  InvokeOutcome InvokeExtension(HostObject object, uint16_t method, std::vector<Value> args,
+                                const Value& resultPrototype, bool* touched);
+  void DeclareExtensionClasses();
+  HostObject CreateObject(HostClass cls);
+  // Typed access to fields and items; kind is a HostValueKind, kObjectSlot or kArraySlot, and a
+  // slot of another kind is a misuse. Readers set *isNull with the host's true value.
+  Stored ReadFieldSlot(const char* operation, HostObject object, HostFieldId field, int kind,
+                       HostBool* isNull);
+  void WriteFieldSlot(const char* operation, HostObject object, HostFieldId field, int kind,
+                      const Stored& value);
+  Stored ReadItemSlot(const char* operation, HostArray array, const int32_t* item, int kind,
+                      HostBool* isNull);
+  void WriteItemSlot(const char* operation, HostArray array, const int32_t* item, int kind,
+                     const Stored& value);
+
   std::unique_ptr<ExtensionLibrary> library_;
+  ExtensionEntryPoints entryPoints_;
   std::unique_ptr<Model> model_;
   HostBool trueValue_ = 1;
   bool failNewProxyObject_ = false;
   HostObject pendingException_ = 0;
+};
+
+// One host value: an argument, a result, or an argument of a call the host prepared. It is declared
+// with a kind and the array and object flags; one declared as any (kind 8) takes the kind of what
+// is written to it. Booleans it answers use the Runtime's true value; a reader of another kind
+// than the value's is recorded as a misuse and answers 0.
+class Runtime::Cell final : public IHostValue {
+ public:
+  Cell(Runtime& runtime, HostValueKind kind, bool isArray, bool isObject, std::string className);
+
+  // True once the extension wrote anything to the value.
+  bool Touched() const { return touched_; }
+
+  HostValueKind GetKind() override;
+  HostBool IsArray() override;
+  HostBool IsObject() override;
+  HostBool IsNull() override;
+  void SetToNull() override;
+  int16_t GetInt() override;
+  uint16_t GetUint() override;
+  HostBool GetBoolean() override;
+  int32_t GetLong() override;
+  uint32_t GetUlong() override;
+  float GetReal() override;
+  double GetDouble() override;
+  HostDecimal GetDecimal() override;
+  HostString GetString() override;
+  HostObject GetObject() override;
+  HostArray GetArray() override;
+  HostTime GetTime() override;
+  HostDate GetDate() override;
+  HostDateTime GetDateTime() override;
+  int64_t GetLongLong() override;
+  HostBlob GetBlob() override;
+  void SetInt(int16_t value) override;
+  void SetUint(uint16_t value) override;
+  void SetBoolean(HostBool value) override;
+  void SetLong(int32_t value) override;
+  void SetUlong(uint32_t value) override;
+  void SetReal(float value) override;
+  void SetDouble(double value) override;
+  void SetDecimal(HostDecimal value) override;
+  void SetStringHandle(HostString value) override;
+  void SetStringText(const char* text) override;
+  void SetArray(HostArray value) override;
+  void SetTime(HostTime value) override;
+  void SetDate(HostDate value) override;
+  void SetDateTime(HostDateTime value) override;
+  void SetLongLong(int64_t value) override;
+  void SetBlob(HostBlob value) override;
+  void SetObject(HostObject value) override;
+
+ private:
+  friend class Runtime;
+  bool Readable(const char* operation, HostValueKind wanted);
+  void StoreInteger(const char* operation, HostValueKind kind, int64_t value);
+  void StoreReal(const char* operation, HostValueKind kind, double value);
+  void StoreHandle(const char* operation, HostValueKind kind, uint32_t handle);
+
+  Runtime& runtime_;
+  HostValueKind kind_;
+  bool isArray_;
+  bool isObject_;
+  bool declaredAny_;  // takes the kind of what is written
+  bool isNull_ = true;
+  bool touched_ = false;
+  std::string className_;
+  int64_t integer_ = 0;  // integer kinds and boolean (0 or 1)
+  double real_ = 0;      // real and double
+  uint32_t handle_ = 0;  // strings, decimals, blobs, dates, times, datetimes, objects, arrays
 };
 
 }  // namespace testhost

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <new>
 #include <utility>
 
@@ -64,8 +65,10 @@ class SOAPGrowArray {
     size_ = n;
   }
 
-  // Appends a copy of element and returns its slot.
+  // Appends a copy of element and returns its slot. An element of this very array is copied
+  // before a growth frees the block it lives in.
   T& Add(const T& element) {
+    if (size_ == capacity_ && Holds(&element)) return Add(T(element));
     uint32_t slot = size_;
     if (slot == UINT32_MAX) throw SOAPMemoryException();
     Reserve(slot + 1);
@@ -74,6 +77,7 @@ class SOAPGrowArray {
     return elements_[slot];
   }
   T& Add(T&& element) {
+    if (size_ == capacity_ && Holds(&element)) return Add(T(std::move(element)));
     uint32_t slot = size_;
     if (slot == UINT32_MAX) throw SOAPMemoryException();
     Reserve(slot + 1);
@@ -93,6 +97,11 @@ class SOAPGrowArray {
   const T* end() const { return elements_ + size_; }
 
  private:
+  bool Holds(const T* element) const {
+    std::less_equal<const T*> notAfter;
+    return elements_ != nullptr && notAfter(elements_, element) &&
+           std::less<const T*>()(element, elements_ + capacity_);
+  }
   void CopyFrom(const SOAPGrowArray& other) {
     Reserve(other.size_);
     for (uint32_t i = 0; i < other.size_; ++i) elements_[i] = other.elements_[i];

@@ -1,0 +1,166 @@
+// The reference host's in-memory state: groups, classes, objects, arrays, strings, blobs, dates,
+// times, datetimes and decimals, each under its own handle (one counter for all, so that a handle
+// of one kind never names a thing of another), and the bookkeeping that tests read.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "testhost/testhost.h"
+
+namespace testhost {
+
+// Pseudo-kinds for typed slot access: the slot holds an object, or an array.
+inline constexpr int kObjectSlot = -1;
+inline constexpr int kArraySlot = -2;
+// No kind check (SetArrayItemToNull, SetFieldToNull).
+inline constexpr int kAnySlot = -3;
+
+// One stored value of a field or an array item; the declaration says which member is in force.
+struct Runtime::Stored {
+  bool isNull = false;
+  int64_t integer = 0;  // integer kinds, boolean as 0 or 1
+  double real = 0;      // real, double
+  uint32_t handle = 0;  // every handle kind, objects, arrays
+};
+
+struct ParameterDecl {
+  HostValueKind kind = kHostUnknown;
+  bool isObject = false;
+  bool byReference = false;
+  std::string className;
+};
+
+struct FunctionDecl {
+  std::string name;       // as declared
+  std::string lowerName;  // what GetMethodId compares with
+  ParameterDecl result;
+  std::vector<ParameterDecl> parameters;
+};
+
+struct GroupDef {
+  std::string name;
+  HostGroupKind kind;
+};
+
+struct ClassDef {
+  std::string name;
+  HostGroup group = 0;
+  std::vector<FieldSpec> fields;
+  bool extensionClass = false;          // made by TSX_CreateNonVisualObject
+  std::vector<FunctionDecl> functions;  // extension classes: from the class description
+};
+
+struct ObjectData {
+  HostClass cls = 0;
+  std::vector<Runtime::Stored> fields;
+  IHostNonVisualObject* instance = nullptr;  // extension classes
+  IHostMarshaler* marshaler = nullptr;       // proxies after AttachMarshaler
+  bool marshalerAttached = false;
+};
+
+struct ArrayData {
+  HostValueKind itemKind = kHostUnknown;
+  bool objects = false;
+  HostClass itemClass = 0;
+  bool bounded = false;
+  std::vector<Runtime::Stored> items;  // item n is items[n - 1]
+};
+
+// The arguments and the result of one call, owned by the host for the call's length.
+struct Runtime::CallFrame final : IHostArguments {
+  explicit CallFrame(Runtime& owner) : runtime(owner) {
+    info.arguments = this;
+    info.hostState = this;
+  }
+  int16_t GetCount() override {
+    runtime.Note("GetCount");
+    return static_cast<int16_t>(arguments.size());
+  }
+  IHostValue* GetAt(int16_t index) override {
+    runtime.Note("GetAt");
+    if (index < 0 || static_cast<size_t>(index) >= arguments.size()) {
+      runtime.Misuse("GetAt: index " + std::to_string(index) + " of " +
+                     std::to_string(arguments.size()) + " arguments");
+      return nullptr;
+    }
+    return arguments[static_cast<size_t>(index)].get();
+  }
+  // A proxy call's result keeps its declared kind; the result of a method of the extension's own
+  // classes takes whatever kind the extension writes ("SetDetails" declares a string and gets a
+  // long), as the runtime converts it.
+  void SetResult(std::unique_ptr<Cell> cell, bool strict) {
+    result = std::move(cell);
+    if (!strict) result->declaredAny_ = true;
+    info.returnValue = result.get();
+  }
+
+  Runtime& runtime;
+  std::vector<std::unique_ptr<Cell>> arguments;
+  std::unique_ptr<Cell> result;
+  HostCallInfo info{};
+};
+
+struct Runtime::Model {
+  uint32_t nextHandle = 1;
+  std::unordered_map<uint32_t, GroupDef> groups;
+  std::map<std::pair<std::string, int>, HostGroup> groupsByName;
+  std::unordered_map<uint32_t, ClassDef> classes;
+  std::unordered_map<uint32_t, ObjectData> objects;
+  std::vector<HostObject> objectOrder;  // creation order, for an orderly end
+  std::unordered_map<uint32_t, ArrayData> arrays;
+  std::unordered_map<uint32_t, std::string> strings;
+  std::unordered_map<uint32_t, std::vector<uint8_t>> blobs;
+  std::unordered_map<uint32_t, DateParts> dates;
+  std::unordered_map<uint32_t, TimeParts> times;
+  std::unordered_map<uint32_t, DateTimeParts> datetimes;
+  std::unordered_map<uint32_t, std::string> decimals;
+
+  std::unordered_map<HostArrayInfo*, std::unique_ptr<HostArrayInfo>> arrayInfos;
+  std::unordered_set<char*> decimalTexts;
+  std::unordered_set<CallFrame*> callFrames;
+
+  std::unordered_map<std::string_view, int> callCounts;
+  std::vector<std::string> fieldIdRequests;
+  bool recording = false;
+  std::vector<std::string_view> operations;
+  std::vector<std::string> misuses;
+
+  uint32_t NewHandle() { return nextHandle++; }
+  void Misuse(std::string message) { misuses.push_back(std::move(message)); }
+
+  HostString AddString(std::string text);
+  HostBlob AddBlob(std::vector<uint8_t> bytes);
+  HostDecimal AddDecimal(std::string text);
+  HostDate AddDate(DateParts parts);
+  HostTime AddTime(TimeParts parts);
+  HostDateTime AddDateTime(DateTimeParts parts);
+  HostArray AddArray(HostValueKind itemKind, bool objects, HostClass itemClass, bool bounded,
+                     int32_t length);
+
+  ClassDef* FindClassDef(HostClass cls, const char* operation);
+  ObjectData* FindObject(HostObject object, const char* operation);
+  ArrayData* FindArray(HostArray array, const char* operation);
+  HostClass ClassByName(std::string_view name) const;
+  std::string ClassName(HostClass cls) const;
+
+  // A non-null zero of a simple kind: 0, empty text, empty blob, zero parts; null for kind any.
+  Stored ZeroOf(HostValueKind kind);
+  Stored InitialField(const FieldSpec& spec);
+  // Makes the handles a value needs.
+  Stored Store(const Value& value);
+  // Reads a stored value back; className names the class of object slots.
+  Value Load(HostValueKind kind, bool isArray, bool isObject, const std::string& className,
+             const Stored& stored);
+  Value LoadArray(HostArray array);
+  HostArray StoreArray(const Value& array);
+};
+
+}  // namespace testhost
