@@ -104,3 +104,60 @@ int ns__echoPhoneList(ns__PhoneList* input, struct ns__echoPhoneListResponse& re
 int ns__failWithDetail(std::string reason, std::string& result);
 // How many TCP connections the server has accepted since it started.
 int ns__getConnectionCount(int& count);
+
+// --- call road operations (call_operations.cpp) --------------------------------------------
+
+// A SOAP-encoded array of xsd:string whose items may be nil (a null pointer).
+class ArrayOfNullableString {
+ public:
+  char** __ptr;
+  int __size;
+};
+
+// A plain wrapper element whose children, named "item", are strings that may be nil.
+class ns__StringList {
+ public:
+  std::vector<char*> item;
+};
+
+// Nothing goes in and nothing comes back: the answer is an empty element.
+struct ns__pingResponse {};
+int ns__ping(struct ns__pingResponse& response);
+// One string of each direction and a string result: output is input + "/out", both comes back as
+// both + "/inout", result is input + "/result". The answer also holds an element "input" with
+// another text, which a client must not write back to an argument that only goes in.
+struct ns__exchangeStringsResponse {
+  std::string input;
+  std::string output;
+  std::string both;
+  std::string result;
+};
+int ns__exchangeStrings(std::string input, std::string both,
+                        struct ns__exchangeStringsResponse& response);
+// String arrays whose items may be nil or empty, answered as they came, in the three layouts: an
+// encoded array, repeated sibling elements ("values", in the request and in the answer), and a
+// plain wrapper with item children.
+struct ns__echoNullableStringArrayResponse {
+  ArrayOfNullableString* result;
+};
+int ns__echoNullableStringArray(ArrayOfNullableString* input,
+                                struct ns__echoNullableStringArrayResponse& response);
+struct ns__echoStringsRepeatedResponse {
+  std::vector<char*> values;
+};
+int ns__echoStringsRepeated(std::vector<char*> values,
+                            struct ns__echoStringsRepeatedResponse& response);
+struct ns__echoStringListResponse {
+  ns__StringList* result;
+};
+int ns__echoStringList(ns__StringList* input, struct ns__echoStringListResponse& response);
+// The result in an element named "return" (input + "/return"), and in one named "string" after
+// its type (input + "/string"). A trailing "_" is dropped from the element name.
+struct ns__resultAsReturnResponse {
+  std::string return_;
+};
+int ns__resultAsReturn(std::string input, struct ns__resultAsReturnResponse& response);
+struct ns__resultAsTypeNameResponse {
+  std::string string_;
+};
+int ns__resultAsTypeName(std::string input, struct ns__resultAsTypeNameResponse& response);
