@@ -81,6 +81,8 @@ int RunScalarResponse(ConversionContext& context) {
 void MakeArrayForAny(ConversionContext& context, XmlTypeCode code) {
   IHostSession& session = context.session;
   HostValueRecord& record = context.record;
+  // The result becomes the array made here, also when the host prepared a null any.
+  record.isNull = 0;
   if (code != kNoXmlType) {
     record.kind = static_cast<HostValueKind>(XmlTypeKind(code));
     record.value.handle = session.NewUnboundedSimpleArray(record.kind);
