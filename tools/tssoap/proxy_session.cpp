@@ -1,0 +1,129 @@
+#include "tools/tssoap/proxy_session.h"
+
+#include <nlohmann/json.hpp>
+
+namespace tssoap::cli {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
+
+}  // namespace
+
+std::string ArgumentName(const ProxyFunction& function, size_t index) {
+  return "argument " + std::to_string(index + 1) + " (" + function.parameters[index].name + ")";
+}
+
+ProxySession::ProxySession(ProxyFile proxy, const SessionOptions& options)
+    : proxy_(std::move(proxy)) {
+  if (options.endpoint) proxy_.SetVariable("endpoint", *options.endpoint);
+  try {
+    runtime_ = std::make_unique<testhost::Runtime>(options.extensionPath);
+  } catch (const std::exception& error) {
+    throw SetupError(std::string("can't load the extension: ") + error.what() +
+                     " (set TSSOAP_EXTENSION to the path of libtssoapclient90.so)");
+  }
+  values_ = std::make_unique<JsonValues>(*runtime_, proxy_);
+  for (const Structure& structure : proxy_.structures) {
+    std::vector<testhost::FieldSpec> fields;
+    for (const StructureField& field : structure.fields) {
+      fields.push_back(ToFieldSpec(field.name, field.type));
+    }
+    runtime_->DefineStructure(structure.name, std::move(fields));
+  }
+  std::vector<std::pair<std::string, std::optional<std::string>>> variables;
+  for (const ProxyVariable& variable : proxy_.variables) {
+    variables.emplace_back(variable.name, variable.value);
+  }
+  runtime_->DefineProxyClass(proxy_.className, variables);
+
+  connection_ = runtime_->CreateConnection();
+  if (options.wire) {
+    try {
+      wire_ = std::make_unique<WireLog>(*runtime_, connection_);
+    } catch (const std::exception& error) {
+      throw SetupError(std::string("--wire: ") + error.what());
+    }
+  }
+  if (options.options) {
+    std::optional<int32_t> result = runtime_->SetOptions(connection_, options.options->c_str());
+    if (result.value_or(0) != 0) {
+      throw SetupError("--options: setoptions answered " + std::to_string(*result) +
+                       ", the option string " + Quoted(*options.options) + " is invalid");
+    }
+  }
+  if (options.proxyOptions) {
+    std::optional<int32_t> result =
+        runtime_->SetProxyServerOptions(connection_, options.proxyOptions->c_str());
+    if (result.value_or(0) != 0) {
+      throw SetupError("--proxy-options: setproxyserveroptions answered " +
+                       std::to_string(*result) + ", the option string " +
+                       Quoted(*options.proxyOptions) + " is invalid");
+    }
+  }
+  testhost::Runtime::CreateResult created =
+      options.port
+          ? runtime_->CreateInstance(connection_, proxy_.className.c_str(), options.port->c_str())
+          : runtime_->CreateInstance(connection_, proxy_.className.c_str());
+  if (created.result != 0 || created.proxy == 0) {
+    throw SetupError("createinstance of " + proxy_.className + " answered " +
+                     std::to_string(created.result));
+  }
+  proxyObject_ = created.proxy;
+}
+
+ProxySession::~ProxySession() {
+  // The log must close while the extension, which opened it, is still loaded.
+  wire_.reset();
+  values_.reset();
+  runtime_.reset();
+}
+
+std::vector<testhost::Value> ProxySession::Arguments(const ProxyFunction& function,
+                                                     const std::vector<Json>& arguments) {
+  std::vector<testhost::Value> values;
+  values.reserve(arguments.size());
+  for (size_t i = 0; i < arguments.size() && i < function.parameters.size(); ++i) {
+    const FunctionParameter& parameter = function.parameters[i];
+    values.push_back(values_->ToHost(arguments[i], parameter.type, ArgumentName(function, i)));
+  }
+  return values;
+}
+
+testhost::CallOutcome ProxySession::Call(const ProxyFunction& function,
+                                         std::vector<testhost::Value> arguments) {
+  testhost::Value result =
+      function.returns ? EmptyValueOf(*function.returns) : testhost::Value::Null(kHostUnknown);
+  return runtime_->Call(proxyObject_, function.description, std::move(arguments),
+                        std::move(result));
+}
+
+Json ProxySession::Report(const ProxyFunction& function, const testhost::CallOutcome& outcome) {
+  Json report = Json::object();
+  if (outcome.exception) {
+    report["exception"] = Json{{"text", outcome.exception->text},
+                               {"faultcode", outcome.exception->faultCode},
+                               {"faultstring", outcome.exception->faultString},
+                               {"detailmessage", outcome.exception->detailMessage}};
+    return report;
+  }
+  if (function.returns) report["return"] = values_->ToJson(outcome.result, *function.returns);
+  Json out = Json::object();
+  for (size_t i = 0; i < function.parameters.size() && i < outcome.arguments.size(); ++i) {
+    const FunctionParameter& parameter = function.parameters[i];
+    if (parameter.byReference) {
+      out[parameter.name] = values_->ToJson(outcome.arguments[i], parameter.type);
+    }
+  }
+  report["out"] = std::move(out);
+  return report;
+}
+
+std::string ProxySession::Wire() { return wire_ ? wire_->Take() : std::string(); }
+
+void ProxySession::StopWire() {
+  if (wire_) wire_->Stop();
+}
+
+}  // namespace tssoap::cli
