@@ -19,6 +19,8 @@ struct DateTimeParts {
   int16_t hour = 0;
   int16_t minute = 0;
   double second = 0;
+
+  bool operator==(const DateTimeParts&) const = default;
 };
 
 // Reads the parts of a text the way the formats "%4d-%2d-%02d", "%02d:%02d:%lf" and
