@@ -83,6 +83,7 @@ TEST_F(CallRoad, ReportsEachWayOfFailingAsASoapException) {
   } cases[] = {
       {"a SOAP fault", ServiceUrl(), kFailWithDetail, "Bad input", "Bad input", "Bad input", true},
       {"a refused connection", refused, kPing, "", "", "", false},
+      {"an address the library can't use", "gopher://127.0.0.1/", kPing, "", "", "", false},
       {"an unknown XML type", ServiceUrl(),
        SampleOperation("echoString([in] xsd:strng input) return xsd:string result"), "x",
        "Can't map the XML data type: xsd:strng", "", false},
