@@ -228,6 +228,17 @@ void HttpTransport::ThrowTransportFailure(CURLcode code) const {
       detail.replace(at, address->password.size(), "***");
     }
   }
+  // A server (or proxy server) that refuses a request may close the connection before it has
+  // read the request's body; the status line it sent first is the clearer story.
+  long status = 0;
+  curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
+  if (status >= 400) {
+    const char* meaning = status == 407   ? " (the proxy server wants other credentials)"
+                          : status == 401 ? " (credentials refused)"
+                                          : "";
+    throw SOAPException("The server at %s answered HTTP %ld%s and closed the connection: %s",
+                        Where().c_str(), status, meaning, detail.c_str());
+  }
   if (code == CURLE_OPERATION_TIMEDOUT && timeoutSeconds_ > 0) {
     throw SOAPSocketException("%s %s within the time-out of %ld seconds: %s", FailureKind(code),
                               Where().c_str(), timeoutSeconds_, detail.c_str());

@@ -15,7 +15,8 @@ void MultiReferences::AddReference(SOAPParameter* element, const char* id) {
   references_.push_back({element, id});
 }
 
-void MultiReferences::Resolve(SOAPParameter& body, uint32_t maxDepth, uint32_t maxElements) {
+void MultiReferences::Resolve(SOAPParameter& body, uint32_t bodyLevel, uint32_t maxDepth,
+                              uint32_t maxElements) {
   // Resolved data per reference; a chain is walked once and all its links get the end's data.
   enum State : uint8_t { kOpen, kWalking, kDone };
   std::vector<State> state(references_.size(), kOpen);
@@ -55,11 +56,11 @@ void MultiReferences::Resolve(SOAPParameter& body, uint32_t maxDepth, uint32_t m
       references_[link].element->PointValueAt(data);
     }
   }
-  CheckExpansion(body, maxDepth, maxElements);
+  CheckExpansion(body, bodyLevel, maxDepth, maxElements);
 }
 
-void MultiReferences::CheckExpansion(const SOAPParameter& body, uint32_t maxDepth,
-                                     uint32_t maxElements) const {
+void MultiReferences::CheckExpansion(const SOAPParameter& body, uint32_t bodyLevel,
+                                     uint32_t maxDepth, uint32_t maxElements) const {
   // Depth and element count of every value, each computed once (post-order, explicit stack):
   // elements(d) = sum over children of 1 + elements(child), depth(d) = 1 + max over children.
   struct Info {
@@ -97,7 +98,7 @@ void MultiReferences::CheckExpansion(const SOAPParameter& body, uint32_t maxDept
       throw SOAPException("The answer's references expand to more than the limit of %u elements",
                           maxElements);
     }
-    if (total.depth > maxDepth) {
+    if (uint64_t{total.depth} + bodyLevel > maxDepth) {
       throw SOAPException("The answer's references nest values deeper than the limit of %u levels",
                           maxDepth);
     }

@@ -22,10 +22,11 @@ class MultiReferences {
 
   // Points each referring element's value at its target's data (following references that point
   // at references). Throws SOAPException for a reference to no element, for references that form
-  // a cycle, and when the Body, with every reference expanded as a reader walks it, would be
-  // deeper than maxDepth (counted from the Body) or hold more than maxElements elements: shared
-  // values must not let a small answer grow into a huge or endless tree.
-  void Resolve(SOAPParameter& body, uint32_t maxDepth, uint32_t maxElements);
+  // a cycle, and when the Body (at level bodyLevel of the document), with every reference
+  // expanded as a reader walks it, would nest elements deeper than maxDepth or hold more than
+  // maxElements elements: shared values must not let a small answer grow into a huge or endless
+  // tree.
+  void Resolve(SOAPParameter& body, uint32_t bodyLevel, uint32_t maxDepth, uint32_t maxElements);
 
  private:
   struct Reference {
@@ -34,7 +35,8 @@ class MultiReferences {
   };
 
   SOAPParameter::Data* TargetData(size_t reference);
-  void CheckExpansion(const SOAPParameter& body, uint32_t maxDepth, uint32_t maxElements) const;
+  void CheckExpansion(const SOAPParameter& body, uint32_t bodyLevel, uint32_t maxDepth,
+                      uint32_t maxElements) const;
 
   std::unordered_map<std::string, SOAPParameter*> ids_;
   std::vector<Reference> references_;

@@ -56,7 +56,7 @@ ServiceAddress ParseServiceAddress(const char* text, const char* role) {
 
   size_t schemeEnd = address.find("://");
   ServiceAddress parsed;
-  std::string_view rest;
+  std::string_view rest = address;
   if (schemeEnd != std::string_view::npos) {
     parsed.scheme = Lower(address.substr(0, schemeEnd));
     rest = address.substr(schemeEnd + 3);
@@ -80,7 +80,7 @@ ServiceAddress ParseServiceAddress(const char* text, const char* role) {
     throw SOAPException(
         "The %s address '%.300s' is not a URL: it lacks \"http://\" or "
         "\"https://\"",
-        role, std::string(authority).c_str());
+        role, (std::string(authority) + std::string(path)).c_str());
   }
   if (parsed.scheme != "http" && parsed.scheme != "https") {
     throw SOAPException(

@@ -152,7 +152,7 @@ class ResponseReader {
     if (!sawBody_) throw SOAPException("The answer's SOAP envelope has no Body");
     if (isFault_) ThrowFault();
     if (references_.HasReferences()) {
-      references_.Resolve(response_.GetBody(), limits_.maxDepth - 2, limits_.maxElements);
+      references_.Resolve(response_.GetBody(), 2, limits_.maxDepth, limits_.maxElements);
     }
   }
 

@@ -224,8 +224,16 @@ class RequestWriter {
       out_.append("=\"");
       const SOAPQName& value = it.Value();
       std::string_view prefix = prefixes_.PrefixOf(View(value.GetNamespace()));
-      if (!prefix.empty()) out_.append(prefix).push_back(':');
-      AppendText(value.GetName(), key, EscapeContext::kAttribute);
+      std::string_view text = View(value.GetName());
+      if (!prefix.empty()) {
+        out_.append(prefix).push_back(':');
+        // A value read from an answer keeps the prefix it had there ("xsd:int[3]"); only ours
+        // is declared here.
+        size_t colon = text.find(':');
+        if (colon != std::string_view::npos && colon < text.find('['))
+          text.remove_prefix(colon + 1);
+      }
+      AppendText(text, key, EscapeContext::kAttribute);
       out_.push_back('"');
     }
   }
@@ -243,7 +251,10 @@ class RequestWriter {
   }
 
   void AppendText(const SOAPString& text, const SOAPQName& owner, EscapeContext context) {
-    EscapeError error = AppendEscaped(out_, text.CStr(), text.Length(), context);
+    AppendText(View(text), owner, context);
+  }
+  void AppendText(std::string_view text, const SOAPQName& owner, EscapeContext context) {
+    EscapeError error = AppendEscaped(out_, text.data(), text.size(), context);
     if (error.reason != nullptr) {
       throw SOAPException("Can't write the text of '%.200s': byte %zu is %s",
                           owner.GetName().CStr(), error.offset, error.reason);

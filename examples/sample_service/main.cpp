@@ -95,7 +95,9 @@ int main(int argc, char** argv) {
   }
   ExitWhenStdinCloses();
 
-  struct soap* soap = soap_new1(SOAP_IO_KEEPALIVE | (options.chunked ? SOAP_IO_CHUNK : 0));
+  // SOAP_C_UTFSTRING keeps strings in UTF-8; without it gSOAP narrows them to Latin-1.
+  struct soap* soap =
+      soap_new1(SOAP_IO_KEEPALIVE | SOAP_C_UTFSTRING | (options.chunked ? SOAP_IO_CHUNK : 0));
   soap_set_namespaces(soap, namespaces);
   soap->bind_flags = SO_REUSEADDR;
   soap->max_keep_alive = 10000;
