@@ -5,12 +5,16 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <string>
 
+#include "common/child_process.h"
 #include "common/misbehaving_servers.h"
 #include "common/server_process.h"
 #include "common/tiny_proxy.h"
@@ -326,6 +330,33 @@ TEST(SoapProxyTest, HttpsOnAPlainPortFailsAsTls) {
   EXPECT_EQ(Name(outcome.thrown), std::string("SOAPSocketException")) << outcome.text;
   EXPECT_THAT(outcome.text, HasSubstr("The TLS connection failed with 127.0.0.1:"));
   EXPECT_THAT(outcome.text, Not(HasSubstr("topsecret")));
+}
+
+// https checks the server's certificate: one that signed itself is refused.
+TEST(SoapProxyTest, HttpsRefusesAnUntrustedCertificate) {
+  char directory[] = "/tmp/tssoap-tls-XXXXXX";
+  ASSERT_NE(mkdtemp(directory), nullptr);
+  std::string key = std::string(directory) + "/key.pem";
+  std::string certificate = std::string(directory) + "/cert.pem";
+  std::string make =
+      "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes "
+      "-subj /CN=127.0.0.1 -days 1 -keyout " +
+      key + " -out " + certificate + " >/dev/null 2>&1";
+  ASSERT_EQ(std::system(make.c_str()), 0);
+  {
+    ChildProcess server("/usr/bin/openssl",
+                        {"s_server", "-accept", "0", "-cert", certificate, "-key", key, "-www"});
+    std::string line = server.WaitForLine("ACCEPT", std::chrono::seconds(10));
+    ASSERT_FALSE(line.empty()) << server.Error();
+    std::string port = line.substr(line.rfind(':') + 1);
+    Outcome outcome = CallOnce("https://127.0.0.1:" + port + "/svc", 10);
+    EXPECT_EQ(Name(outcome.thrown), std::string("SOAPSocketException")) << outcome.text;
+    EXPECT_THAT(outcome.text, HasSubstr("The TLS connection failed with 127.0.0.1:" + port));
+    EXPECT_THAT(outcome.text, HasSubstr("certificate"));
+  }
+  std::remove(key.c_str());
+  std::remove(certificate.c_str());
+  rmdir(directory);
 }
 
 TEST(SoapProxyTest, AProxyIsUsableAgainAfterAFailure) {
