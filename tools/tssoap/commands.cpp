@@ -217,8 +217,9 @@ int Call(const CommandLine& line, const ToolPaths& paths, std::ostream& out, std
     double seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
     char text[160];
-    std::snprintf(text, sizeof text, "tssoap: %lld calls in %.3f s: %.0f calls per second\n",
-                  static_cast<long long>(calls), seconds, seconds > 0 ? calls / seconds : 0.0);
+    std::snprintf(text, sizeof text, "tssoap: %lld call%s in %.3f s: %.0f calls per second\n",
+                  static_cast<long long>(calls), calls == 1 ? "" : "s", seconds,
+                  seconds > 0 ? static_cast<double>(calls) / seconds : 0.0);
     err << text;
   }
   const std::vector<std::string>& misuses = session.Runtime().Misuses();
