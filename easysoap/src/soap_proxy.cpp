@@ -48,10 +48,20 @@ std::string Beginning(const std::string& body) {
   return shown;
 }
 
-void LogTraffic(const char* heading, const std::string& headingDetail, const std::string& body) {
-  if (!SOAPDebugger::IsLogging(SOAPDebugger::kTraffic)) return;
-  std::string entry = heading;
-  entry.append(headingDetail).append("\n").append(body).append("\n");
+// Each request and answer go to the log at the traffic level: the address without its user part,
+// the action, the status and the body, never a header (Authorization stays out).
+void LogRequest(const std::string& url, const SOAPString& action, const std::string& body) {
+  std::string entry = "POST " + url;
+  entry.append(action.IsNull() ? " (no SOAPAction)"
+                               : " (SOAPAction \"" + std::string(action.CStr()) + "\")");
+  entry.append("\n").append(body).append("\n");
+  SOAPDebugger::Write(SOAPDebugger::kTraffic, entry.data(),
+                      static_cast<unsigned int>(entry.size()));
+}
+
+void LogAnswer(const HttpAnswer& answer) {
+  std::string entry = "HTTP " + std::to_string(answer.status) + " " + answer.contentType + "\n";
+  entry.append(answer.body).append("\n");
   SOAPDebugger::Write(SOAPDebugger::kTraffic, entry.data(),
                       static_cast<unsigned int>(entry.size()));
 }
@@ -80,19 +90,18 @@ void SOAPProxy::Impl::Execute(const SOAPMethod& method) {
   XMLComposer::ComposeRequest(method, style, request);
 
   const SOAPString& action = method.GetSoapAction();
-  LogTraffic("POST ",
-             transport.Service().url +
-                 (action.IsNull() ? std::string(" (no SOAPAction)")
-                                  : " (SOAPAction \"" + std::string(action.CStr()) + "\")"),
-             request);
+  bool logging = SOAPDebugger::IsLogging(SOAPDebugger::kTraffic);
+  if (logging) LogRequest(transport.Service().url, action, request);
   transport.Post(request, action, answer);
-  LogTraffic("HTTP ", std::to_string(answer.status) + " " + answer.contentType, answer.body);
+  if (logging) LogAnswer(answer);
   Interpret(transport.Where());
 }
 
 void SOAPProxy::Impl::Interpret(const std::string& where) {
   const char* contentType = answer.contentType.empty() ? "none" : answer.contentType.c_str();
   if (answer.body.empty()) {
+    // "Accepted" and "No Content" are how a server answers a call that has no answer.
+    if (answer.status == 202 || answer.status == 204) return;
     throw SOAPException("The server at %s answered HTTP %ld with no SOAP message (empty body)",
                         where.c_str(), answer.status);
   }

@@ -359,6 +359,18 @@ TEST(SoapProxyTest, HttpsRefusesAnUntrustedCertificate) {
   rmdir(directory);
 }
 
+TEST(SoapProxyTest, AnEmptyAcceptedAnswerIsAnEmptyResponse) {
+  for (int status : {202, 204}) {
+    SCOPED_TRACE(status);
+    LoopbackHttpServer server(AnswerWith(status, "", ""));
+    ProxyPtr proxy(InitSOAPProxy(server.Url().c_str(), 5, 2));
+    SOAPMethod method("oneWay", kSampleNamespace, "", false);
+    const SOAPResponse& response = proxy->Execute(method);
+    EXPECT_EQ(response.GetBody().GetParams().Size(), 0u);
+    EXPECT_EQ(response.GetMethod().GetParams().Size(), 0u);
+  }
+}
+
 TEST(SoapProxyTest, AProxyIsUsableAgainAfterAFailure) {
   std::atomic<int> requests{0};
   LoopbackHttpServer server([&requests](HttpConnection& connection, const HttpRequest&) {

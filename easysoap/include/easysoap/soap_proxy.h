@@ -12,7 +12,8 @@
 // carries its own user part, sent as Proxy-Authorization; a path in it is ignored. https
 // verifies the server's certificate and host name against the system's trusted authorities.
 //
-// Time-outs: timeout is in seconds for the whole exchange of one call, 0 meaning no limit.
+// Time-outs: timeout is in seconds for the whole exchange of one call, 0 (or less) meaning no
+// limit.
 // Setting up the TCP connection (and TLS) has its own limit of kConnectTimeoutSeconds, 30
 // seconds, or the whole time-out when that is shorter.
 //
@@ -48,6 +49,8 @@ class EASYSOAP_API SOAPProxy {
   // SOAPException for any other bad answer (HTTP error status without a fault, not XML, no Body,
   // a limit exceeded) with the HTTP status in its text. No other exception leaves it. After a
   // failure the proxy can be used again; libcurl opens a new connection when the old one broke.
+  // An empty answer with status 202 or 204 (a call without an answer) gives a response whose
+  // method element is empty.
   const SOAPResponse& Execute(const SOAPMethod& method);
 
   struct Impl;
