@@ -245,7 +245,7 @@ TEST_F(CallRoad, ConvertsTheHostCodePageToUtf8AndBack) {
       host_.Call(proxy, kEchoString, {Value::String("caf\xE9")}, Value::String(""));
   ASSERT_FALSE(outcome.exception.has_value()) << outcome.exception->text;
   ASSERT_EQ(server.Requests().size(), 1u);
-  const std::string& body = server.Requests()[0].body;
+  const std::string body = server.Requests()[0].body;
   EXPECT_NE(body.find(">caf\xC3\xA9<"), std::string::npos) << body;
   EXPECT_EQ(body.find('\xE9'), std::string::npos) << body;
   EXPECT_EQ(outcome.result.AsString(),
