@@ -82,7 +82,7 @@ void SoapConnection::CreateInstance(IHostSession& session, HostCallInfo& info) {
     SetResult(info, kCreateInstanceNoObject);
     return;
   }
-  info.arguments->GetAt(0)->SetObject(proxy);
+  if (IHostValue* reference = info.arguments->GetAt(0)) reference->SetObject(proxy);
   // The two forms are told apart by the count, not by the method number.
   std::string portName;
   if (info.arguments->GetCount() == 3) {
