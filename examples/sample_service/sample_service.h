@@ -161,3 +161,34 @@ struct ns__resultAsTypeNameResponse {
   std::string string_;
 };
 int ns__resultAsTypeName(std::string input, struct ns__resultAsTypeNameResponse& response);
+
+// --- value operations (value_operations.cpp) -----------------------------------------------
+
+// One echo for each kind of simple value the extension carries, with the XML type the
+// extension's table serves that kind with. Decimals, dates and times come back as the very text
+// that came, unparsed, so that what a client sent is what it reads.
+typedef std::string xsd__decimal;
+typedef std::string xsd__date;
+typedef std::string xsd__time;
+typedef std::string xsd__dateTime;
+class xsd__base64Binary {
+ public:
+  unsigned char* __ptr;
+  int __size;
+};
+
+int ns__echoBoolean(bool input, bool& result);
+int ns__echoShort(short input, short& result);
+int ns__echoUnsignedShort(unsigned short input, unsigned short& result);
+int ns__echoUnsignedInt(unsigned int input, unsigned int& result);
+int ns__echoLong(LONG64 input, LONG64& result);
+int ns__echoFloat(float input, float& result);
+int ns__echoDouble(double input, double& result);
+int ns__echoDecimal(xsd__decimal input, xsd__decimal& result);
+int ns__echoDate(xsd__date input, xsd__date& result);
+int ns__echoTime(xsd__time input, xsd__time& result);
+int ns__echoDateTime(xsd__dateTime input, xsd__dateTime& result);
+struct ns__echoBase64Response {
+  xsd__base64Binary result;
+};
+int ns__echoBase64(xsd__base64Binary input, struct ns__echoBase64Response& response);

@@ -82,6 +82,38 @@ TEST_F(ToolTest, ASuccessfulCallPrintsItsReturnAndOutValues) {
   }
 }
 
+TEST_F(ToolTest, EveryKindOfSimpleValueTravelsBothWays) {
+  const struct {
+    const char* function;
+    const char* argument;
+    const char* result;  // nullptr: the argument itself
+  } cases[] = {
+      {"echoboolean", "false", nullptr},
+      {"echoshort", "-32768", nullptr},
+      {"echounsignedshort", "65535", nullptr},
+      {"echoint", "2147483647", nullptr},
+      {"echounsignedint", "4294967295", nullptr},
+      {"echolong", "-9223372036854775808", nullptr},
+      {"echolong", R"("9223372036854775807")", "9223372036854775807"},
+      {"echofloat", "-1.1", nullptr},
+      {"echofloat", R"("INF")", nullptr},
+      {"echodouble", "2.718281828459045", nullptr},
+      {"echodecimal", R"("-123.450")", nullptr},
+      {"echostring", R"("")", nullptr},
+      {"echodate", R"("2000-02-29")", nullptr},
+      {"echotime", R"("23:59:59.25")", nullptr},
+      {"echodatetime", R"("2003-07-14T13:05:09")", nullptr},
+      {"echobase64", R"({"base64": "AAEC/w=="})", nullptr},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.function) + " " + c.argument);
+    ToolResult result = Call({c.function, c.argument});
+    EXPECT_EQ(result.status, 0) << result.Describe();
+    EXPECT_EQ(Output(result)["return"], Json::parse(c.result ? c.result : c.argument))
+        << result.Describe();
+  }
+}
+
 TEST_F(ToolTest, AFaultBecomesAnExceptionWithEveryField) {
   ToolResult result = Call({"failwithdetail", R"("disk <full>")"});
   EXPECT_EQ(result.status, 1) << result.Describe();

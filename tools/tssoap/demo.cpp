@@ -22,11 +22,17 @@ struct DemoStep {
   bool expectException = false;
 };
 
-// A short tour: simple values, an array, structures, a function with out values, and a fault.
+// A short tour: simple values of several kinds, arrays, structures, a function with out values,
+// and a fault.
 const std::vector<DemoStep>& Steps() {
   static const std::vector<DemoStep> steps = {
       {"echostring", {R"("Hello from tssoap")"}},
       {"echoint", {"2147483647"}},
+      {"echoboolean", {"true"}},
+      {"echodouble", {"2.718281828459045"}},
+      {"echodecimal", {R"("1234567.89")"}},
+      {"echodatetime", {R"("2003-07-14T13:05:09.5")"}},
+      {"echobase64", {R"({"base64": "dHNzb2Fw"})"}},
       {"echostringarray", {R"(["alpha", "beta", "gamma"])"}},
       {"exchangestrings", {R"("ping")", "null", R"("pong")"}},
       {"echostruct", {R"({"text": "pi", "number": 3})"}},
