@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <clocale>
+#include <cstdlib>
 #include <cstring>
 #include <cwchar>
 
@@ -9,10 +10,53 @@ namespace tssoap {
 
 namespace {
 
-// The host's strings are in the code page of the environment's locale. Selecting it for the
-// whole process on every use keeps us in step with a host that changes its environment, and
-// leaves the per-character conversions of the C runtime (name lower-casing) on the same page.
-void SelectHostCodePage() { setlocale(LC_ALL, ""); }
+// The environment variables that decide what setlocale(LC_ALL, "") selects.
+constexpr const char* kLocaleVariables[] = {
+    "LC_ALL",       "LC_CTYPE",       "LC_NUMERIC",        "LC_TIME", "LC_COLLATE",
+    "LC_MONETARY",  "LC_MESSAGES",    "LC_PAPER",          "LC_NAME", "LC_ADDRESS",
+    "LC_TELEPHONE", "LC_MEASUREMENT", "LC_IDENTIFICATION", "LANG",    "LOCPATH"};
+constexpr size_t kLocaleVariableCount = sizeof kLocaleVariables / sizeof kLocaleVariables[0];
+
+// What the calling thread saw at its last selection: the environment's locale variables and the
+// process locale's name that the selection left.
+struct LastSelection {
+  bool made = false;
+  std::optional<std::string> variables[kLocaleVariableCount];
+  std::string processLocale;
+
+  bool StillHolds() const {
+    if (!made) return false;
+    const char* current = setlocale(LC_ALL, nullptr);
+    if (current == nullptr || processLocale != current) return false;
+    for (size_t i = 0; i < kLocaleVariableCount; ++i) {
+      const char* value = std::getenv(kLocaleVariables[i]);
+      if (value == nullptr ? variables[i].has_value() : variables[i] != value) return false;
+    }
+    return true;
+  }
+
+  void Remember() {
+    for (size_t i = 0; i < kLocaleVariableCount; ++i) {
+      const char* value = std::getenv(kLocaleVariables[i]);
+      variables[i] = value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+    }
+    const char* current = setlocale(LC_ALL, nullptr);
+    processLocale = current != nullptr ? current : "";
+    made = true;
+  }
+};
+
+// The host's strings are in the code page of the environment's locale. It is selected for the
+// whole process before every conversion, which keeps us in step with a host that changes its
+// environment and leaves the C runtime's per-character conversions (name lower-casing) on the same
+// page. Selecting costs microseconds a call, so a selection that would change nothing -- the
+// environment's variables and the process locale are as the last one left them -- is skipped.
+void SelectHostCodePage() {
+  thread_local LastSelection last;
+  if (last.StillHolds()) return;
+  setlocale(LC_ALL, "");
+  last.Remember();
+}
 
 constexpr char16_t kReplacementUnit = 0xFFFD;
 

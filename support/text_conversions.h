@@ -1,5 +1,7 @@
-// Conversions between the host's code page (the environment's locale, selected with
-// setlocale(LC_ALL, "") on each use), UCS-2 (16-bit units) and UTF-8.
+// Conversions between the host's code page (the environment's locale, selected for the whole
+// process with setlocale(LC_ALL, "") before each code-page conversion, unless neither the
+// environment nor the process locale changed since the calling thread's last selection), UCS-2
+// (16-bit units) and UTF-8.
 // Each gives nothing for nothing; the two code-page conversions also give nothing when a text
 // can't be converted, and the caller chooses the message.
 #pragma once

@@ -88,6 +88,20 @@ TEST(TextConversions, Ucs2ToHostTextJoinsSurrogatePairsAndRefusesLoneOnes) {
   EXPECT_EQ(Ucs2ToHostText(u"\xDE00"), std::nullopt);
 }
 
+TEST(TextConversions, FollowTheEnvironmentAndTheProcessLocaleFromCallToCall) {
+  EnvironmentLocale latin1("en_US.ISO-8859-1");
+  if (!latin1.Available()) GTEST_SKIP() << "en_US.ISO-8859-1 is not installed";
+  EXPECT_EQ(HostTextToUtf8("\xE9"), "\xC3\xA9");
+  // Someone else moves the process locale: the next conversion selects the code page again.
+  std::setlocale(LC_ALL, "C");
+  EXPECT_EQ(HostTextToUtf8("\xE9"), "\xC3\xA9");
+  EXPECT_STRNE(std::setlocale(LC_ALL, nullptr), "C");
+  // The environment changes: so does the code page.
+  setenv("LC_ALL", "en_US.UTF-8", 1);
+  EXPECT_EQ(HostTextToUtf8("\xE9"), std::nullopt);
+  EXPECT_EQ(HostTextToUtf8("\xC3\xA9"), "\xC3\xA9");
+}
+
 TEST(TextConversions, NothingGivesNothing) {
   EXPECT_EQ(HostTextToUcs2(nullptr), std::nullopt);
   EXPECT_EQ(Ucs2ToHostText(nullptr), std::nullopt);
