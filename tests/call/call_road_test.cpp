@@ -226,12 +226,6 @@ TEST_F(CallRoad, LogsAFailedCallAndBuildsANewProxyForTheNext) {
   }
 }
 
-TEST_F(CallRoad, CallsWithoutLogGoOn) {
-  const HostObject proxy = MakeSampleProxy(host_, ServiceUrl());
-  const CallOutcome outcome = host_.Call(proxy, kPing, {});
-  EXPECT_FALSE(outcome.exception.has_value());
-}
-
 TEST_F(CallRoad, ConvertsTheHostCodePageToUtf8AndBack) {
   ScopedHostLocale latin1("en_US.ISO-8859-1");
   ASSERT_TRUE(latin1.Available()) << "run scripts/install-deps.sh to generate en_US.ISO-8859-1";

@@ -150,18 +150,6 @@ TEST(StructScanner, ReadsFieldListsWithItsOwnIds) {
   }
 }
 
-TEST(Scanners, TellTheirTableSizesAndSpecialIds) {
-  const std::string empty;
-  SoapMethodScanner method(empty);
-  SoapStructScanner fields(empty);
-  EXPECT_EQ(method.GetKeywordCount(), 12);
-  EXPECT_EQ(method.GetWordToken(), 13);
-  EXPECT_EQ(method.GetEndToken(), 14);
-  EXPECT_EQ(fields.GetKeywordCount(), 9);
-  EXPECT_EQ(fields.GetWordToken(), 10);
-  EXPECT_EQ(fields.GetEndToken(), 11);
-}
-
 TEST(Scanners, KeepReportingTheEndOnceReached) {
   const std::string text = "x";
   SoapMethodScanner scanner(text);
