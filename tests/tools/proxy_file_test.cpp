@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 namespace tssoap::cli {
@@ -68,11 +69,16 @@ TEST(ProxyFile, ReadsClassVariablesStructuresAndFunctionsInOrder) {
   EXPECT_EQ(file.FindFunction("nosuch"), nullptr);
 }
 
-TEST(ProxyFile, TheBundledSampleProxyIsValid) {
+TEST(ProxyFile, TheBundledExamplesAreValid) {
   ProxyFile file = ProxyFile::Load(TSSOAP_SOURCE_DIR "/examples/sample.json");
   EXPECT_EQ(file.className, "sampleproxy");
   EXPECT_NE(file.FindFunction("failwithdetail"), nullptr);
   EXPECT_NE(file.FindFunction("exchangestrings"), nullptr);
+  for (const auto& entry : std::filesystem::directory_iterator(TSSOAP_SOURCE_DIR "/examples")) {
+    if (entry.path().extension() != ".json") continue;
+    SCOPED_TRACE(entry.path().string());
+    EXPECT_NO_THROW(ProxyFile::Load(entry.path().string()));
+  }
 }
 
 TEST(ProxyFile, SetVariableReplacesOrAdds) {
