@@ -30,24 +30,36 @@ struct TypeDescription {
   std::string fieldList;  // from the first "(" on
 };
 
+// The text of a proxy string variable, copied (the host's text changes with the next host call);
+// false when the proxy lacks the variable or holds a null in it.
+bool CopyProxyVariable(IHostSession& session, HostObject proxy, std::string_view name,
+                       std::string& text) {
+  try {
+    text = ReadProxyVariable(session, proxy, name);
+  } catch (const SOAPException&) {
+    return false;
+  }
+  return true;
+}
+
 // Read anew for every instance: the proxy's variables are the only source, and nothing is kept
 // between calls. A type the proxy doesn't describe (no variable, no "(" or "@", no namespace
 // variable) can't be mapped, and says so with the declared type's name.
 TypeDescription ReadTypeDescription(IHostSession& session, HostObject proxy,
                                     const std::string& typeName) {
-  TypeDescription description;
-  try {
-    // The host's texts change with the next host call: copy each before asking again.
-    const std::string text = ReadProxyVariable(session, proxy, "__" + ToHostClassName(typeName));
-    const size_t open = text.find('(');
-    const size_t at = text.find('@');
-    if (open == std::string::npos || at == std::string::npos) ThrowMappingFailure(typeName);
-    description.ns = ReadProxyVariable(session, proxy, std::string_view(text).substr(at + 1));
-    description.localName.assign(text, 0, open);
-    description.fieldList.assign(text, open);
-  } catch (const SOAPException&) {
+  std::string text;
+  if (!CopyProxyVariable(session, proxy, "__" + ToHostClassName(typeName), text)) {
     ThrowMappingFailure(typeName);
   }
+  const size_t open = text.find('(');
+  const size_t at = text.find('@');
+  if (open == std::string::npos || at == std::string::npos) ThrowMappingFailure(typeName);
+  TypeDescription description;
+  if (!CopyProxyVariable(session, proxy, std::string_view(text).substr(at + 1), description.ns)) {
+    ThrowMappingFailure(typeName);
+  }
+  description.localName.assign(text, 0, open);
+  description.fieldList.assign(text, open);
   return description;
 }
 
