@@ -1,5 +1,9 @@
 #include "easysoap/src/http_transport.h"
 
+#include <pthread.h>
+#include <signal.h>
+#include <time.h>
+
 #include <mutex>
 #include <utility>
 
@@ -67,6 +71,38 @@ const char* FailureKind(CURLcode code) {
       return "The HTTP exchange failed with";
   }
 }
+
+// A peer that resets a connection while TLS writes to it would raise SIGPIPE, whose default ends
+// the host's process. libcurl is told not to touch signals (the host has threads), so the calling
+// thread blocks SIGPIPE for the exchange and takes back one that arose meanwhile, leaving the
+// process-wide disposition alone.
+class SigpipeGuard {
+ public:
+  SigpipeGuard() {
+    sigemptyset(&pipeOnly_);
+    sigaddset(&pipeOnly_, SIGPIPE);
+    sigset_t pending;
+    sigemptyset(&pending);
+    sigpending(&pending);
+    wasPending_ = sigismember(&pending, SIGPIPE) == 1;
+    pthread_sigmask(SIG_BLOCK, &pipeOnly_, &previous_);
+  }
+  ~SigpipeGuard() {
+    if (!wasPending_) {
+      const timespec immediately{0, 0};
+      while (sigtimedwait(&pipeOnly_, nullptr, &immediately) == SIGPIPE) {
+      }
+    }
+    pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
+  }
+  SigpipeGuard(const SigpipeGuard&) = delete;
+  SigpipeGuard& operator=(const SigpipeGuard&) = delete;
+
+ private:
+  sigset_t pipeOnly_;
+  sigset_t previous_;
+  bool wasPending_ = false;
+};
 
 }  // namespace
 
@@ -200,7 +236,11 @@ void HttpTransport::Post(const std::string& body, const SOAPString& soapAction,
   errorText_[0] = '\0';
   curl_easy_setopt(handle_, CURLOPT_POSTFIELDS, body.data());
   curl_easy_setopt(handle_, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
-  CURLcode code = curl_easy_perform(handle_);
+  CURLcode code;
+  {
+    SigpipeGuard guard;
+    code = curl_easy_perform(handle_);
+  }
   receiving_ = nullptr;
   if (answerTooLarge_ || code == CURLE_FILESIZE_EXCEEDED) {
     answer.body.clear();
