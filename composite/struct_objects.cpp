@@ -22,6 +22,26 @@ constexpr const char* kBoundedIn = "SoapClient Error: Can't support Bounded arra
   throw SOAPException("Can't map the XML data type: %s", typeName.c_str());
 }
 
+// Structures nest by plain recursion through the field walks, so a recursive type lets a response,
+// or a cycle among the host's objects, nest as deep as it likes. The depth is bounded here, far
+// beyond any real structure and well before the calling thread's stack would be.
+constexpr int kMaxNesting = 256;
+thread_local int nesting = 0;
+
+class NestingLevel {
+ public:
+  explicit NestingLevel(const std::string& typeLocalName) {
+    if (nesting >= kMaxNesting) {
+      throw SOAPException("Structures nested deeper than %d levels, at the type %s", kMaxNesting,
+                          typeLocalName.c_str());
+    }
+    ++nesting;
+  }
+  ~NestingLevel() { --nesting; }
+  NestingLevel(const NestingLevel&) = delete;
+  NestingLevel& operator=(const NestingLevel&) = delete;
+};
+
 // What the proxy class tells of a complex type, from its variable "__" + host class name:
 // "Address(xsd:string street, ...)@tns", and the namespace held by the variable behind the "@".
 struct TypeDescription {
@@ -101,11 +121,13 @@ class StructDescriptor {
       parameter.SetNull(true);
       return;
     }
+    const NestingLevel level(description_.localName);
     ParameterWalker(proxy_, *session_).WalkStructOut(parameter, instance_, description_.fieldList);
   }
 
   // The fields found among the children of parameter; the others keep their values.
   void Read(const SOAPParameter& parameter) const {
+    const NestingLevel level(description_.localName);
     ParameterWalker(proxy_, *session_).WalkStructIn(parameter, instance_, description_.fieldList);
   }
 

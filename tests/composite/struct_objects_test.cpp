@@ -86,6 +86,11 @@ class StructObjectsTest : public ::testing::Test {
     FieldSpec phone = Field("phone", kHostUnknown);
     phone.isObject = true;
     phone.className = "tns__phone";
+    // "next" is a reserved word of the host language: the field lives in "ws_next".
+    FieldSpec next = Field("ws_next", kHostUnknown);
+    next.isObject = true;
+    next.className = "tns__node";
+    runtime_.DefineStructure("tns__node", {Field("name", kHostString), next});
     runtime_.DefineStructure("tns__address",
                              {Field("street", kHostString), Field("zip", kHostLong), tags, phone});
     const HostClass proxyClass = runtime_.DefineProxyClass(
@@ -96,6 +101,7 @@ class StructObjectsTest : public ::testing::Test {
                        "Address(xsd:string street, xsd:int zip, xsd:string[SoapElementName] tags, "
                        "tns:Phone phone)@tns"},
                       {"__tns__ghost", "Ghost(xsd:string name)@tns"},
+                      {"__tns__node", "Node(xsd:string name, tns:Node next)@tns"},
                       {"__tns__noparen", "NoParen@tns"},
                       {"__tns__noat", "NoAt(xsd:string name)"},
                       {"__tns__lostns", "LostNs(xsd:string name)@elsewhere"},
@@ -418,6 +424,33 @@ TEST_F(StructResponseTest, RefusesWhatItCantRead) {
             "(no failure)");
   EXPECT_TRUE(ReadPhones(silent.value.handle).empty());
   EXPECT_EQ(runtime_.OutstandingArrayInfos(), 0);
+}
+
+// A recursive type nests as deep as its data: a cycle among the host's objects on the way out, or
+// a deeply nested response on the way in, meets the nesting limit instead of the stack's end.
+TEST_F(StructResponseTest, NestingIsBoundedBothWays) {
+  const HostObject node = runtime_.NewInstance("tns__node");
+  runtime_.SetField(node, "ws_next", Value::Object(node));
+  EXPECT_EQ(Message([&] { Send("tns:Node", ObjectRecord(node), kScalar); }),
+            "Structures nested deeper than 256 levels, at the type Node");
+
+  SOAPParameter* level = &response_.AddParameter("result");
+  for (int depth = 1; depth <= 1000; ++depth) {
+    level->AddParameter("name").SetString(std::to_string(depth).c_str());
+    level = &level->AddParameter("next");
+  }
+  HostValueRecord record = ObjectRecord(0);
+  EXPECT_EQ(Message([&] { Receive(response_, "result", "tns:Node", record, kScalar); }),
+            "(no failure)");
+  // The levels within the limit are filled; the field of the last one that could go deeper stays
+  // null, as a field that fails to convert keeps its value.
+  int depth = 0;
+  for (Value current = Value::Object(record.value.handle); !current.isNull;
+       current = runtime_.GetField(current.AsObject(), "ws_next")) {
+    ++depth;
+    EXPECT_EQ(runtime_.GetField(current.AsObject(), "name").AsString(), std::to_string(depth));
+  }
+  EXPECT_EQ(depth, 256);
 }
 
 }  // namespace
