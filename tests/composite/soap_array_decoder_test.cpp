@@ -67,7 +67,7 @@ class WireTree {
     for (const WireAttribute& attribute : wireCase.attributes) {
       holder->AddAttribute(SOAPQName(attribute.name, attribute.ns)).SetName(attribute.text);
     }
-    for (const WireChild& spec : wireCase.children) AddChild(*holder, spec);
+    for (const WireChild& child : wireCase.children) AddChild(*holder, child);
   }
 
   const SOAPParameter& Element() const { return element_; }
@@ -78,20 +78,21 @@ class WireTree {
     return kept_.back().get();
   }
 
-  void AddChild(SOAPParameter& parent, const WireChild& spec) {
-    SOAPParameter& child = parent.AddParameter(spec.name);
-    if (spec.position != nullptr) {
-      child.AddAttribute(SOAPQName("position", spec.positionNamespace)).SetName(spec.position);
+  void AddChild(SOAPParameter& parent, const WireChild& described) {
+    SOAPParameter& child = parent.AddParameter(described.name);
+    if (described.position != nullptr) {
+      child.AddAttribute(SOAPQName("position", described.positionNamespace))
+          .SetName(described.position);
     }
     SOAPParameter* content = &child;
-    if (spec.referencedPosition != nullptr) {
+    if (described.referencedPosition != nullptr) {
       content = Keep();
       content->AddAttribute(SOAPQName("position", kSoapEncNamespace))
-          .SetName(spec.referencedPosition);
+          .SetName(described.referencedPosition);
       child.PointValueAt(&content->GetValue());
     }
-    if (spec.nil) content->SetNull(true);
-    if (spec.text != nullptr) content->SetString(spec.text);
+    if (described.nil) content->SetNull(true);
+    if (described.text != nullptr) content->SetString(described.text);
   }
 
   SOAPParameter element_;
