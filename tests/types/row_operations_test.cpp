@@ -1,5 +1,5 @@
-// The eight row operations, run on the rows of the table against the reference host: what each
-// writes into an element or the host array, in which order, and what a failure leaves behind.
+// The eight row operations on rows of the table against the reference host: what each writes into
+// an element or the host array, and what a failure leaves behind.
 #include "types/row_operations.h"
 
 #include <gtest/gtest.h>
@@ -12,196 +12,147 @@ namespace {
 
 using testhost::Value;
 using types_test::AttributeText;
+using types_test::Bits;
 using types_test::MessageOf;
 using types_test::Record;
-using types_test::RowNamed;
-using types_test::TypesHost;
-
-constexpr const char* kTypeNamespace = "urn:types";
-constexpr const char* kBounded = "SoapClient Error: Can't support Bounded array";
 
 class RowOperationsTest : public ::testing::Test {
  protected:
-  void SetUp() override { SetTypeNamespace(kTypeNamespace); }
+  void SetUp() override { SetTypeNamespace("urn:types"); }
+  void TearDown() override {
+    EXPECT_EQ(host.runtime.OutstandingArrayInfos(), 0);
+    EXPECT_TRUE(host.runtime.Misuses().empty());
+  }
 
-  HostValueRecord ArrayRecord(HostValueKind kind, Value::Items items, bool bounded = false) {
+  HostValueRecord Array(HostValueKind kind, Value::Items items, bool bounded = false) {
     HostValueRecord record = Record(kind);
     record.isArray = 1;
     record.value.handle = host.runtime.MakeArray(Value::Array(kind, std::move(items), bounded));
     return record;
   }
-
-  ConversionContext Context(SOAPParameter& parameter, HostValueRecord& record, const char* row,
-                            SOAPParameter* parent = nullptr) {
-    ConversionContext context = host.Context(parameter, typeName, record, RowNamed(row));
+  // Runs operation of row on parameter and record, with parent as the enclosing element.
+  void Run(RowOperation operation, const char* row, SOAPParameter& parameter,
+           HostValueRecord& record, SOAPParameter* parent = nullptr) {
+    ConversionContext context = host.Context(parameter, record, row);
     context.elementName = "item";
     context.elementNamespace = "urn:items";
     context.parentParameter = parent;
-    return context;
+    operation(context);
   }
-
   Value::Items ItemsOf(const HostValueRecord& record) {
     return host.runtime.ReadArray(record.value.handle).AsItems();
   }
 
-  void ExpectHostClean() {
-    EXPECT_EQ(host.runtime.OutstandingArrayInfos(), 0);
-    EXPECT_TRUE(host.runtime.Misuses().empty());
-  }
-
-  TypesHost host;
-  const std::string typeName = "xsd:boolean";
+  types_test::TypesHost host;
 };
 
-std::string TextOf(const SOAPParameter& element) { return element.GetString().CStr(); }
-
-TEST_F(RowOperationsTest, ScalarOutMarksNullNilWithoutTypeAndWritesValuesTyped) {
-  SOAPParameter parameter;
-  parameter.SetString("before");
-  HostValueRecord null = types_test::NullRecord(kHostBoolean);
-  ConversionContext nullContext = Context(parameter, null, "boolean");
-  ScalarOut(nullContext);
-  EXPECT_TRUE(parameter.IsNull());
-  EXPECT_EQ(AttributeText(parameter, Vocabulary().type), std::nullopt);
-  EXPECT_EQ(TextOf(parameter), "before");  // no ClearValue for a null
-
-  SOAPParameter typed;
-  HostValueRecord value = Record(kHostBoolean);
-  value.value.uint16 = 1;
-  ConversionContext context = Context(typed, value, "boolean");
-  ScalarOut(context);
+// Name, text, nil mark and type attribute of an element, for comparing in one line.
+std::string Shape(const SOAPParameter& element) {
   std::string ns;
-  EXPECT_EQ(AttributeText(typed, Vocabulary().type, &ns), "boolean");
-  EXPECT_EQ(ns, kTypeNamespace);
-  EXPECT_EQ(TextOf(typed), "true");
+  const std::optional<std::string> type = AttributeText(element, Vocabulary().type, &ns);
+  return std::string(element.GetName().GetName().CStr()) + "{" +
+         element.GetName().GetNamespace().CStr() + "} '" + element.GetString().CStr() + "'" +
+         (element.IsNull() ? " nil" : "") + (type ? " " + *type + "{" + ns + "}" : "");
 }
 
-TEST_F(RowOperationsTest, ScalarOutLeavesTheParameterUntouchedWhenTheValueDoesntFit) {
-  SOAPParameter parameter;
-  parameter.SetString("before");
-  HostValueRecord value = Record(kHostUint);
-  value.value.uint16 = 300;
-  ConversionContext context = Context(parameter, value, "unsignedByte");
-  EXPECT_EQ(MessageOf([&] { ScalarOut(context); }), "Value exceeds XML unsignedByte");
-  EXPECT_EQ(TextOf(parameter), "before");
-  EXPECT_EQ(AttributeText(parameter, Vocabulary().type), std::nullopt);
+TEST_F(RowOperationsTest, ScalarOutTypesValuesAndMarksNullsNil) {
+  SOAPParameter null;
+  null.SetString("before");
+  HostValueRecord nullRecord = Record(kHostBoolean, {}, true);
+  Run(&ScalarOut, "boolean", null, nullRecord);
+  EXPECT_EQ(Shape(null), "{} 'before' nil");  // no type, and no ClearValue for a null
+
+  SOAPParameter typed;
+  HostValueRecord value = Record(kHostBoolean, Bits(1));
+  Run(&ScalarOut, "boolean", typed, value);
+  EXPECT_EQ(Shape(typed), "{} 'true' boolean{urn:types}");
+
+  SOAPParameter untouched;
+  untouched.SetString("before");
+  HostValueRecord tooLarge = Record(kHostUint, Bits(300));
+  EXPECT_EQ(MessageOf([&] { Run(&ScalarOut, "unsignedByte", untouched, tooLarge); }),
+            "Value exceeds XML unsignedByte");
+  EXPECT_EQ(Shape(untouched), "{} 'before'");
 }
 
 TEST_F(RowOperationsTest, ScalarInTakesNilAsNullAndParsesByTheDeclaredRow) {
   SOAPParameter nil;
   nil.SetNull(true);
-  HostValueRecord record = Record(kHostLong);
-  record.value.int32 = 5;
-  ConversionContext nilContext = Context(nil, record, "int");
-  ScalarIn(nilContext);
+  HostValueRecord record = Record(kHostLong, Bits(5));
+  Run(&ScalarIn, "int", nil, record);
   EXPECT_EQ(record.isNull, 1);
-  EXPECT_EQ(record.kind, kHostLong);
   EXPECT_EQ(record.value.int32, 5);
 
   SOAPParameter element;
   element.SetString("42");
   element.AddAttribute(Vocabulary().type).Set("string", kXsdNamespace2001);  // not consulted
   HostValueRecord parsed{};
-  ConversionContext context = Context(element, parsed, "int");
-  ScalarIn(context);
-  EXPECT_EQ(parsed.kind, kHostLong);
+  Run(&ScalarIn, "int", element, parsed);
   EXPECT_EQ(parsed.value.int32, 42);
 }
 
 TEST_F(RowOperationsTest, EncodedArrayOutWritesATypedSoapArray) {
   SOAPParameter parameter;
-  HostValueRecord record = ArrayRecord(
-      kHostBoolean, {Value::Boolean(true), Value::Null(kHostBoolean), Value::Boolean(false)});
-  ConversionContext context = Context(parameter, record, "boolean");
-  EncodedArrayOut(context);
+  HostValueRecord record =
+      Array(kHostBoolean, {Value::Boolean(true), Value::Null(kHostBoolean), Value::Boolean(false)});
+  Run(&EncodedArrayOut, "boolean", parameter, record);
   std::string ns;
-  EXPECT_EQ(AttributeText(parameter, Vocabulary().type, &ns), "Array");
-  EXPECT_EQ(ns, kSoapEncNamespace);
+  EXPECT_EQ(Shape(parameter), "{} '' Array{" + std::string(kSoapEncNamespace) + "}");
   EXPECT_EQ(AttributeText(parameter, Vocabulary().arrayType, &ns), "boolean[3]");
-  EXPECT_EQ(ns, kTypeNamespace);
+  EXPECT_EQ(ns, "urn:types");
   EXPECT_TRUE(parameter.IsStruct());
-  const auto& children = parameter.GetParams();
-  ASSERT_EQ(children.Size(), 3u);
-  const std::pair<const char*, bool> expected[] = {{"true", false}, {"", true}, {"false", false}};
-  for (uint32_t i = 0; i < 3; ++i) {
-    EXPECT_STREQ(children[i]->GetName().GetName().CStr(), "item");
-    EXPECT_STREQ(children[i]->GetName().GetNamespace().CStr(), "");
-    EXPECT_EQ(TextOf(*children[i]), expected[i].first);
-    EXPECT_EQ(children[i]->IsNull(), expected[i].second);
-    EXPECT_EQ(AttributeText(*children[i], Vocabulary().type), std::nullopt);
-  }
-  ExpectHostClean();
+  std::vector<std::string> items;
+  for (const SOAPParameter* child : parameter.GetParams()) items.push_back(Shape(*child));
+  EXPECT_EQ(items, (std::vector<std::string>{"item{} 'true'", "item{} '' nil", "item{} 'false'"}));
+
+  SOAPParameter empty;
+  HostValueRecord null = Record(kHostBoolean, {}, true);
+  Run(&EncodedArrayOut, "boolean", empty, null);
+  EXPECT_EQ(AttributeText(empty, Vocabulary().arrayType), "boolean[0]");
+  EXPECT_EQ(empty.GetParams().Size(), 0u);
+
+  // Every item is converted before the parameter is touched.
+  SOAPParameter untouched;
+  untouched.SetString("before");
+  HostValueRecord tooLarge = Array(kHostUint, {Value::Uint(1), Value::Uint(300)});
+  EXPECT_EQ(MessageOf([&] { Run(&EncodedArrayOut, "unsignedByte", untouched, tooLarge); }),
+            "Value exceeds XML unsignedByte");
+  EXPECT_EQ(Shape(untouched), "{} 'before'");
 }
 
-TEST_F(RowOperationsTest, EncodedArrayOutOfNullGivesSizeZero) {
-  SOAPParameter parameter;
-  HostValueRecord record = types_test::NullRecord(kHostBoolean);
-  record.isArray = 1;
-  ConversionContext context = Context(parameter, record, "boolean");
-  EncodedArrayOut(context);
-  EXPECT_EQ(AttributeText(parameter, Vocabulary().arrayType), "boolean[0]");
-  EXPECT_EQ(parameter.GetParams().Size(), 0u);
-}
-
-TEST_F(RowOperationsTest, EncodedArrayOutConvertsAllItemsBeforeTouchingTheParameter) {
-  SOAPParameter parameter;
-  parameter.SetString("before");
-  HostValueRecord record = ArrayRecord(kHostUint, {Value::Uint(1), Value::Uint(300)});
-  ConversionContext context = Context(parameter, record, "unsignedByte");
-  EXPECT_EQ(MessageOf([&] { EncodedArrayOut(context); }), "Value exceeds XML unsignedByte");
-  EXPECT_EQ(TextOf(parameter), "before");
-  EXPECT_EQ(parameter.GetParams().Size(), 0u);
-  ExpectHostClean();
-}
-
-TEST_F(RowOperationsTest, EveryArrayOperationRefusesABoundedArrayAndGivesTheInfoBack) {
-  const RowOperation operations[] = {&EncodedArrayOut, &RepeatedOut, &WrappedOut, &EncodedArrayIn,
-                                     &RepeatedIn};
-  for (RowOperation operation : operations) {
+TEST_F(RowOperationsTest, EveryArrayOperationRefusesABoundedArray) {
+  for (RowOperation operation :
+       {&EncodedArrayOut, &RepeatedOut, &WrappedOut, &EncodedArrayIn, &RepeatedIn}) {
     SOAPParameter parameter;
     SOAPParameter parent;
-    HostValueRecord record = ArrayRecord(kHostBoolean, {Value::Boolean(true)}, true);
-    ConversionContext context = Context(parameter, record, "boolean", &parent);
-    EXPECT_EQ(MessageOf([&] { operation(context); }), kBounded);
-    EXPECT_EQ(parameter.GetParams().Size(), 0u);
-    EXPECT_EQ(parent.GetParams().Size(), 0u);
+    HostValueRecord record = Array(kHostBoolean, {Value::Boolean(true)}, true);
+    EXPECT_EQ(MessageOf([&] { Run(operation, "boolean", parameter, record, &parent); }),
+              "SoapClient Error: Can't support Bounded array");
+    EXPECT_EQ(parameter.GetParams().Size() + parent.GetParams().Size(), 0u);
   }
-  ExpectHostClean();
 }
 
 TEST_F(RowOperationsTest, EncodedArrayInWritesEachSlotAndStopsAtAFailingItem) {
-  SOAPParameter parameter;
-  for (const char* text : std::initializer_list<const char*>{"a", nullptr, ""}) {
-    SOAPParameter& child = parameter.AddParameter("item");
-    if (text == nullptr) {
-      child.SetNull(true);
-    } else {
-      child.SetString(text);
-    }
-  }
-  HostValueRecord strings = ArrayRecord(kHostString, {});
-  ConversionContext context = Context(parameter, strings, "string");
-  EncodedArrayIn(context);
-  EXPECT_EQ(ItemsOf(strings),
+  SOAPParameter strings;
+  strings.AddParameter("item").SetString("a");
+  strings.AddParameter("item").SetNull(true);
+  strings.AddParameter("item").SetString("");
+  HostValueRecord record = Array(kHostString, {});
+  Run(&EncodedArrayIn, "string", strings, record);
+  EXPECT_EQ(ItemsOf(record),
             (Value::Items{Value::String("a"), Value::Null(kHostString), Value::String("")}));
 
   SOAPParameter numbers;
   for (const char* text : {"1", "x", "3"}) numbers.AddParameter("item").SetString(text);
-  HostValueRecord longs = ArrayRecord(kHostLong, {});
-  ConversionContext numbersContext = Context(numbers, longs, "int");
-  EXPECT_EQ(MessageOf([&] { EncodedArrayIn(numbersContext); }), "Invalid number format: x");
+  HostValueRecord longs = Array(kHostLong, {});
+  EXPECT_EQ(MessageOf([&] { Run(&EncodedArrayIn, "int", numbers, longs); }),
+            "Invalid number format: x");
   EXPECT_EQ(ItemsOf(longs), (Value::Items{Value::Long(1)}));
-  ExpectHostClean();
-}
 
-TEST_F(RowOperationsTest, DurationItemsComeInAsZero) {
-  SOAPParameter parameter;
-  parameter.AddParameter("item").SetString("P1D");
-  parameter.AddParameter("item").SetNull(true);
-  HostValueRecord record = ArrayRecord(kHostDouble, {});
-  ConversionContext context = Context(parameter, record, "duration");
-  EncodedArrayIn(context);
-  EXPECT_EQ(ItemsOf(record), (Value::Items{Value::Double(0), Value::Double(0)}));
+  // A duration's items are read as nothing and written as 0.0, a nil one included.
+  HostValueRecord durations = Array(kHostDouble, {});
+  Run(&EncodedArrayIn, "duration", strings, durations);
+  EXPECT_EQ(ItemsOf(durations), (Value::Items(3, Value::Double(0))));
 }
 
 TEST_F(RowOperationsTest, RepeatedOutAddsOneTypedSiblingPerItem) {
@@ -209,69 +160,52 @@ TEST_F(RowOperationsTest, RepeatedOutAddsOneTypedSiblingPerItem) {
   method.SetName("call", "urn:method");
   SOAPParameter parameter;
   parameter.SetName("flag", "urn:method");
-  HostValueRecord record =
-      ArrayRecord(kHostBoolean, {Value::Boolean(false), Value::Null(kHostBoolean)});
-  ConversionContext context = Context(parameter, record, "boolean", &method);
-  RepeatedOut(context);
-  const auto& children = method.GetParams();
-  ASSERT_EQ(children.Size(), 2u);
-  EXPECT_STREQ(children[0]->GetName().GetName().CStr(), "flag");
-  EXPECT_STREQ(children[0]->GetName().GetNamespace().CStr(), "urn:method");
-  EXPECT_EQ(TextOf(*children[0]), "false");
-  EXPECT_EQ(AttributeText(*children[0], Vocabulary().type), "boolean");
-  EXPECT_TRUE(children[1]->IsNull());
+  HostValueRecord record = Array(kHostBoolean, {Value::Boolean(false), Value::Null(kHostBoolean)});
+  Run(&RepeatedOut, "boolean", parameter, record, &method);
+  ASSERT_EQ(method.GetParams().Size(), 2u);
+  EXPECT_EQ(Shape(*method.GetParams()[0]), "flag{urn:method} 'false' boolean{urn:types}");
+  EXPECT_EQ(Shape(*method.GetParams()[1]), "flag{urn:method} '' nil");
   EXPECT_EQ(parameter.GetParams().Size(), 0u);
 
   SOAPParameter empty;
-  HostValueRecord none = ArrayRecord(kHostBoolean, {});
-  ConversionContext emptyContext = Context(parameter, none, "boolean", &empty);
-  RepeatedOut(emptyContext);
+  HostValueRecord none = Array(kHostBoolean, {});
+  Run(&RepeatedOut, "boolean", parameter, none, &empty);
   EXPECT_EQ(empty.GetParams().Size(), 0u);
-  ExpectHostClean();
 }
 
 TEST_F(RowOperationsTest, RepeatedInTakesMatchingChildrenAndEndsQuietly) {
   SOAPParameter response;
-  const std::pair<const char*, const char*> children[] = {
-      {"a", "1"}, {"b", "2"}, {"a", "3"}, {"a", "x"}, {"a", "5"}};
-  for (const auto& [name, text] : children) response.AddParameter(name).SetString(text);
+  for (const auto& [name, text] : std::initializer_list<std::pair<const char*, const char*>>{
+           {"a", "1"}, {"b", "2"}, {"a", "3"}, {"a", "x"}, {"a", "5"}}) {
+    response.AddParameter(name).SetString(text);
+  }
   SOAPParameter parameter;
   parameter.SetName("a", "");  // an empty namespace matches the children's absent one
-  HostValueRecord record = ArrayRecord(kHostLong, {});
-  ConversionContext context = Context(parameter, record, "int", &response);
-  EXPECT_EQ(MessageOf([&] { RepeatedIn(context); }), std::nullopt);
+  HostValueRecord record = Array(kHostLong, {});
+  EXPECT_EQ(MessageOf([&] { Run(&RepeatedIn, "int", parameter, record, &response); }),
+            std::nullopt);
   // "x" ends the walk: the items before it stay, the rest is dropped.
   EXPECT_EQ(ItemsOf(record), (Value::Items{Value::Long(1), Value::Long(3)}));
 
-  SOAPParameter other;
-  other.SetName("a", "urn:elsewhere");
-  HostValueRecord none = ArrayRecord(kHostLong, {});
-  ConversionContext noneContext = Context(other, none, "int", &response);
-  RepeatedIn(noneContext);
+  parameter.SetName("a", "urn:elsewhere");
+  HostValueRecord none = Array(kHostLong, {});
+  Run(&RepeatedIn, "int", parameter, none, &response);
   EXPECT_TRUE(ItemsOf(none).empty());
-  ExpectHostClean();
 }
 
 TEST_F(RowOperationsTest, WrappedOutWritesTypedItemsInTheItemNamespace) {
   SOAPParameter wrapper;
-  HostValueRecord record = ArrayRecord(kHostBoolean, {Value::Boolean(true)});
-  ConversionContext context = Context(wrapper, record, "boolean");
-  context.elementName = "flag";
-  WrappedOut(context);
+  HostValueRecord record = Array(kHostBoolean, {Value::Boolean(true)});
+  Run(&WrappedOut, "boolean", wrapper, record);
   ASSERT_EQ(wrapper.GetParams().Size(), 1u);
-  const SOAPParameter& item = *wrapper.GetParams()[0];
-  EXPECT_STREQ(item.GetName().GetName().CStr(), "flag");
-  EXPECT_STREQ(item.GetName().GetNamespace().CStr(), "urn:items");
-  EXPECT_EQ(AttributeText(item, Vocabulary().type), "boolean");
-  EXPECT_EQ(AttributeText(wrapper, Vocabulary().type), std::nullopt);
+  EXPECT_EQ(Shape(*wrapper.GetParams()[0]), "item{urn:items} 'true' boolean{urn:types}");
+  EXPECT_EQ(Shape(wrapper), "{} ''");
 
   SOAPParameter empty;
-  HostValueRecord null = types_test::NullRecord(kHostBoolean);
-  ConversionContext nullContext = Context(empty, null, "boolean");
-  WrappedOut(nullContext);
+  HostValueRecord null = Record(kHostBoolean, {}, true);
+  Run(&WrappedOut, "boolean", empty, null);
+  EXPECT_EQ(Shape(empty), "{} ''");
   EXPECT_EQ(empty.GetParams().Size(), 0u);
-  EXPECT_EQ(AttributeText(empty, Vocabulary().type), std::nullopt);
-  ExpectHostClean();
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // namespaces, and helpers that run one row's conversions and read what an element carries.
 #pragma once
 
+#include <bit>
 #include <clocale>
 #include <cstdlib>
 #include <optional>
@@ -9,11 +10,9 @@
 #include <string>
 #include <string_view>
 
-#include "easysoap/soap_parameter.h"
 #include "host/entry_points.h"
 #include "support/soap_vocabulary.h"
 #include "support/values/soap_exception.h"
-#include "support/values/xml_value.h"
 #include "testhost/testhost.h"
 #include "types/xml_data_type_table.h"
 
@@ -37,8 +36,7 @@ std::optional<std::string> MessageOf(Action&& action) {
   return std::nullopt;
 }
 
-// Runs a test under an environment whose locale is `name` (the code page of the host's texts),
-// and puts the environment and the process locale back afterwards.
+// The environment's locale (the host's code page) is `name` for a test; put back afterwards.
 class EnvironmentLocale {
  public:
   explicit EnvironmentLocale(const char* name) {
@@ -47,15 +45,9 @@ class EnvironmentLocale {
     available_ = std::setlocale(LC_ALL, "") != nullptr;
   }
   ~EnvironmentLocale() {
-    if (saved_) {
-      setenv("LC_ALL", saved_->c_str(), 1);
-    } else {
-      unsetenv("LC_ALL");
-    }
+    saved_ ? setenv("LC_ALL", saved_->c_str(), 1) : unsetenv("LC_ALL");
     std::setlocale(LC_ALL, "C");
   }
-  EnvironmentLocale(const EnvironmentLocale&) = delete;
-  EnvironmentLocale& operator=(const EnvironmentLocale&) = delete;
   bool Available() const { return available_; }
 
  private:
@@ -63,16 +55,11 @@ class EnvironmentLocale {
   bool available_ = false;
 };
 
-inline HostValueRecord Record(HostValueKind kind, HostValueData value = {}) {
-  HostValueRecord record{};
-  record.kind = kind;
-  record.value = value;
-  return record;
-}
-inline HostValueRecord NullRecord(HostValueKind kind) {
-  HostValueRecord record = Record(kind);
-  record.isNull = 1;
-  return record;
+// Eight bytes holding number: its low bytes are every narrower member (a little-endian host).
+static_assert(std::endian::native == std::endian::little);
+inline HostValueData Bits(int64_t number) { return HostValueData{.int64 = number}; }
+inline HostValueRecord Record(HostValueKind kind, HostValueData value = {}, bool isNull = false) {
+  return HostValueRecord{static_cast<uint8_t>(isNull), 0, 0, kind, value};
 }
 
 // The text of an attribute of the element, or nothing; its namespace part in *ns.
@@ -97,40 +84,34 @@ class TypesHost {
     proxy = runtime.NewInstance("typesproxy");
   }
 
-  ConversionContext Context(SOAPParameter& parameter, const std::string& typeName,
-                            HostValueRecord& record, const XmlDataTypeRow& row) {
-    return ConversionContext{parameter, runtime, proxy, typeName, record, {}, {}, nullptr, &row};
+  ConversionContext Context(SOAPParameter& parameter, HostValueRecord& record,
+                            std::string_view rowName) {
+    return ConversionContext{parameter, runtime, proxy, typeName_, record, {}, {}, nullptr,
+                             &RowNamed(rowName)};
   }
-
   // ToXmlText of the row on record.
   XmlValueText ToXml(std::string_view rowName, HostValueRecord record) {
-    const XmlDataTypeRow& row = RowNamed(rowName);
     SOAPParameter parameter;
-    ConversionContext context = Context(parameter, typeName_, record, row);
+    ConversionContext context = Context(parameter, record, rowName);
     XmlValueText value;
-    row.conversion->toXmlText(value, context);
+    context.row->conversion->toXmlText(value, context);
     return value;
   }
-
   // FromXmlText of the row on text, into record; what a failure leaves in it stays.
   void FromXmlInto(std::string_view rowName, const std::string& text, HostValueRecord& record) {
-    const XmlDataTypeRow& row = RowNamed(rowName);
     SOAPParameter parameter;
-    ConversionContext context = Context(parameter, typeName_, record, row);
+    ConversionContext context = Context(parameter, record, rowName);
     XmlValueText value;
     value.text = text;
-    row.conversion->fromXmlText(value, context);
+    context.row->conversion->fromXmlText(value, context);
   }
   HostValueRecord FromXml(std::string_view rowName, const std::string& text,
                           HostValueRecord record = {}) {
     FromXmlInto(rowName, text, record);
     return record;
   }
-
   HostValueData StringValue(const std::string& text) {
-    HostValueData value{};
-    value.handle = runtime.MakeString(text);
-    return value;
+    return HostValueData{.handle = runtime.MakeString(text)};
   }
 
   testhost::Runtime runtime;
