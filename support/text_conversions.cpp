@@ -17,32 +17,35 @@ constexpr const char* kLocaleVariables[] = {
     "LC_TELEPHONE", "LC_MEASUREMENT", "LC_IDENTIFICATION", "LANG",    "LOCPATH"};
 constexpr size_t kLocaleVariableCount = sizeof kLocaleVariables / sizeof kLocaleVariables[0];
 
-// What the calling thread saw at its last selection: the environment's locale variables and the
-// process locale's name that the selection left.
-struct LastSelection {
-  bool made = false;
-  std::optional<std::string> variables[kLocaleVariableCount];
-  std::string processLocale;
+// What a selection depends on: the process locale's name and the environment's locale variables,
+// packed into one block (a flag byte and the text for each, NUL-ended). Plain bytes, so that the
+// thread's copy needs no destructor: the library can be unloaded while threads live on.
+struct SelectionKey {
+  static constexpr size_t kCapacity = 1024;
+  size_t length = 0;  // 0: no key (none made yet, or one that didn't fit)
+  char bytes[kCapacity];
 
-  bool StillHolds() const {
-    if (!made) return false;
-    const char* current = setlocale(LC_ALL, nullptr);
-    if (current == nullptr || processLocale != current) return false;
-    for (size_t i = 0; i < kLocaleVariableCount; ++i) {
-      const char* value = std::getenv(kLocaleVariables[i]);
-      if (value == nullptr ? variables[i].has_value() : variables[i] != value) return false;
-    }
+  bool Add(const char* text) {
+    const size_t size = text != nullptr ? std::strlen(text) + 1 : 0;
+    if (length + 1 + size > kCapacity) return false;
+    bytes[length++] = text != nullptr ? 1 : 0;
+    if (size != 0) std::memcpy(bytes + length, text, size);
+    length += size;
     return true;
   }
 
-  void Remember() {
-    for (size_t i = 0; i < kLocaleVariableCount; ++i) {
-      const char* value = std::getenv(kLocaleVariables[i]);
-      variables[i] = value != nullptr ? std::optional<std::string>(value) : std::nullopt;
-    }
-    const char* current = setlocale(LC_ALL, nullptr);
-    processLocale = current != nullptr ? current : "";
-    made = true;
+  // False when the key doesn't fit, which leaves it empty.
+  bool Build() {
+    length = 0;
+    bool fits = Add(setlocale(LC_ALL, nullptr));
+    for (size_t i = 0; fits && i < kLocaleVariableCount; ++i)
+      fits = Add(std::getenv(kLocaleVariables[i]));
+    if (!fits) length = 0;
+    return fits;
+  }
+
+  bool operator==(const SelectionKey& other) const {
+    return length == other.length && std::memcmp(bytes, other.bytes, length) == 0;
   }
 };
 
@@ -50,12 +53,14 @@ struct LastSelection {
 // whole process before every conversion, which keeps us in step with a host that changes its
 // environment and leaves the C runtime's per-character conversions (name lower-casing) on the same
 // page. Selecting costs microseconds a call, so a selection that would change nothing -- the
-// environment's variables and the process locale are as the last one left them -- is skipped.
+// environment's variables and the process locale are as the calling thread's last selection left
+// them -- is skipped.
 void SelectHostCodePage() {
-  thread_local LastSelection last;
-  if (last.StillHolds()) return;
+  thread_local SelectionKey last;
+  SelectionKey now;
+  if (last.length != 0 && now.Build() && now == last) return;
   setlocale(LC_ALL, "");
-  last.Remember();
+  last.Build();
 }
 
 constexpr char16_t kReplacementUnit = 0xFFFD;
