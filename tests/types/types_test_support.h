@@ -86,8 +86,8 @@ class TypesHost {
 
   ConversionContext Context(SOAPParameter& parameter, HostValueRecord& record,
                             std::string_view rowName) {
-    return ConversionContext{parameter, runtime, proxy, typeName_, record, {}, {}, nullptr,
-                             &RowNamed(rowName)};
+    return ConversionContext{parameter, runtime, proxy,   typeName_,         record,
+                             {},        {},      nullptr, &RowNamed(rowName)};
   }
   // ToXmlText of the row on record.
   XmlValueText ToXml(std::string_view rowName, HostValueRecord record) {
