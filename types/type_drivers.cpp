@@ -102,10 +102,34 @@ void MakeArrayForAny(ConversionContext& context, XmlTypeCode code) {
   record.value.handle = array;
 }
 
+// A value that holds no host array yet -- a typed array result, read flags-only, or a null
+// array argument -- gets a new unbounded array of its own item kind or class, so the answer has
+// somewhere to go. The kind check of the row still decides whether the type serves it.
+void MakeMissingArray(ConversionContext& context) {
+  IHostSession& session = context.session;
+  HostValueRecord& record = context.record;
+  record.isNull = 0;
+  if (record.isObject == 0) {
+    record.value.handle = session.NewUnboundedSimpleArray(record.kind);
+    return;
+  }
+  const std::string className = ToHostClassName(context.typeName);
+  const HostGroup group = session.FindGroup(className.c_str(), kGroupStructure);
+  const HostClass cls = group != 0 ? session.FindClass(group, className.c_str()) : 0;
+  if (cls == 0) ThrowMappingFailure(context.typeName);
+  record.value.handle = session.NewUnboundedObjectArray(cls);
+}
+
 int RunArrayResponse(ConversionContext& context, RowOperation RowOperations::*slot,
                      ObjectPath objectPath) {
   const XmlTypeCode code = LookupXmlType(context.session, context.proxy, context.typeName);
-  if (context.record.kind == kHostAny) MakeArrayForAny(context, code);
+  if (context.record.kind == kHostAny) {
+    MakeArrayForAny(context, code);
+  } else if (context.record.value.handle == 0) {
+    // Refuse an unmappable type before making anything for it.
+    if (context.record.isObject == 0) RowServingRecord(context, code);
+    MakeMissingArray(context);
+  }
   if (context.record.isObject != 0) return objectPath(context);
   context.row = &RowServingRecord(context, code);
   return (context.row->operations->*slot)(context);

@@ -110,5 +110,32 @@ TEST(ArrayDrivers, MakeAnArrayOfTheDeclaredKindForAValueOfKindAny) {
   EXPECT_EQ(host.runtime.OutstandingArrayInfos(), 0);
 }
 
+TEST(ArrayDrivers, MakeAnArrayOfTheHostsOwnKindWhenTheValueHoldsNone) {
+  TypesHost host;
+  SOAPParameter response;
+  response.AddParameter("item").SetString("a");
+  response.AddParameter("item").SetString("b");
+  // A typed array result is read flags-only, and a null array argument holds no handle either.
+  for (const bool isNull : {false, true}) {
+    HostValueRecord record = Record(kHostString, {}, isNull);
+    record.isArray = 1;
+    ConvertWrappedArrayIn(response, host.runtime, host.proxy, "xsd:string", record, "item");
+    EXPECT_EQ(record.isNull, 0);
+    EXPECT_EQ(host.runtime.ReadArray(record.value.handle).AsItems(),
+              (Value::Items{Value::String("a"), Value::String("b")}));
+  }
+  // A type that doesn't serve the host's kind is refused before any array is made.
+  HostValueRecord mismatch = Record(kHostLong);
+  mismatch.isArray = 1;
+  const int arraysBefore = host.runtime.CallCount("NewUnboundedSimpleArray");
+  EXPECT_EQ(MessageOf([&] {
+              ConvertEncodedArrayIn(response, host.runtime, host.proxy, "xsd:string", mismatch,
+                                    "item");
+            }),
+            "Can't map the XML data type: xsd:string");
+  EXPECT_EQ(host.runtime.CallCount("NewUnboundedSimpleArray"), arraysBefore);
+  EXPECT_EQ(host.runtime.OutstandingArrayInfos(), 0);
+}
+
 }  // namespace
 }  // namespace tssoap
