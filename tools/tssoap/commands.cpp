@@ -8,6 +8,7 @@
 
 #include "tools/tssoap/demo.h"
 #include "tools/tssoap/json_values.h"
+#include "tools/tssoap/message_text.h"
 #include "tools/tssoap/proxy_file.h"
 #include "tools/tssoap/proxy_session.h"
 
@@ -111,10 +112,6 @@ std::string OneLine(std::string text) {
   return text;
 }
 
-std::string Dump(const Json& json) {
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
 int64_t ReadRepeat(const std::string& text) {
   int64_t count = 0;
   auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
@@ -142,7 +139,7 @@ int Describe(const CommandLine& line, std::ostream& out) {
   if (!proxy.variables.empty()) out << "\nvariables:\n";
   for (const ProxyVariable& variable : proxy.variables) {
     out << "  " << variable.name << " = "
-        << (variable.value ? Dump(Json(*variable.value)) : std::string("null")) << "\n";
+        << (variable.value ? DumpJson(Json(*variable.value)) : std::string("null")) << "\n";
   }
   if (!proxy.structures.empty()) out << "\nstructures:\n";
   for (const Structure& structure : proxy.structures) {
@@ -166,10 +163,8 @@ int Call(const CommandLine& line, const ToolPaths& paths, std::ostream& out, std
   ProxyFile proxy = ProxyFile::Load(line.positional[0]);
   const ProxyFunction* found = proxy.FindFunction(line.positional[1]);
   if (found == nullptr) {
-    std::string names;
-    for (const ProxyFunction& function : proxy.functions) {
-      names += (names.empty() ? "" : ", ") + function.name;
-    }
+    std::string names =
+        JoinedNames(proxy.functions, [](const ProxyFunction& function) { return function.name; });
     throw UsageError(proxy.path + " has no function " + line.positional[1] +
                      " (its functions: " + (names.empty() ? std::string("none") : names) + ")");
   }
@@ -227,7 +222,7 @@ int Call(const CommandLine& line, const ToolPaths& paths, std::ostream& out, std
     err << "tssoap: warning: the extension broke a rule of the host: " << OneLine(misuses[i])
         << "\n";
   }
-  out << Dump(session.Report(function, outcome)) << "\n";
+  out << DumpJson(session.Report(function, outcome)) << "\n";
   return outcome.exception ? kExitException : kExitSuccess;
 }
 

@@ -4,6 +4,7 @@
 #include <ostream>
 #include <vector>
 
+#include "tools/tssoap/message_text.h"
 #include "tools/tssoap/proxy_file.h"
 #include "tools/tssoap/proxy_session.h"
 #include "tools/tssoap/service_process.h"
@@ -45,19 +46,9 @@ const std::vector<DemoStep>& Steps() {
   return steps;
 }
 
-std::string Dump(const Json& json) {
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
 std::string Indented(const std::string& text, const char* prefix) {
   std::string indented;
-  size_t start = 0;
-  while (start < text.size()) {
-    size_t end = text.find('\n', start);
-    if (end == std::string::npos) end = text.size();
-    indented.append(prefix).append(text, start, end - start).push_back('\n');
-    start = end + 1;
-  }
+  ForEachLine(text, [&](std::string_view line) { indented.append(prefix).append(line) += '\n'; });
   return indented;
 }
 
@@ -72,7 +63,7 @@ bool RunStep(ProxySession& session, const DemoStep& step, bool wire, std::ostrea
   std::string shown;
   for (size_t i = 0; i < step.arguments.size(); ++i) {
     arguments.push_back(ParseJsonText(step.arguments[i], ArgumentName(*function, i)));
-    shown += (i > 0 ? ", " : "") + Dump(arguments.back());
+    shown += (i > 0 ? ", " : "") + DumpJson(arguments.back());
   }
   out << "> " << function->name << "(" << shown << ")\n";
   testhost::CallOutcome outcome = session.Call(*function, session.Arguments(*function, arguments));
@@ -82,13 +73,13 @@ bool RunStep(ProxySession& session, const DemoStep& step, bool wire, std::ostrea
     out << "  soapexception" << (step.expectException ? "" : " (NOT EXPECTED)") << "\n";
     for (const char* field : {"text", "faultcode", "faultstring", "detailmessage"}) {
       out << "    " << field << std::string(15 - std::char_traits<char>::length(field), ' ')
-          << Dump(exception[field]) << "\n";
+          << DumpJson(exception[field]) << "\n";
     }
   } else {
     if (step.expectException) out << "  (a soapexception was expected)\n";
-    if (report.contains("return")) out << "  return " << Dump(report["return"]) << "\n";
+    if (report.contains("return")) out << "  return " << DumpJson(report["return"]) << "\n";
     for (const auto& [name, value] : report["out"].items()) {
-      out << "  out    " << name << " = " << Dump(value) << "\n";
+      out << "  out    " << name << " = " << DumpJson(value) << "\n";
     }
     if (!report.contains("return") && report["out"].empty()) out << "  done\n";
   }

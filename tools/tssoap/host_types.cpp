@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "tools/tssoap/message_text.h"
+
 namespace tssoap::cli {
 namespace {
 
@@ -53,14 +55,8 @@ std::optional<HostValueKind> SimpleTypeKind(std::string_view name) {
 }
 
 const std::string& SimpleTypeNames() {
-  static const std::string names = [] {
-    std::string joined;
-    for (const SimpleType& type : kSimpleTypes) {
-      if (!joined.empty()) joined += ", ";
-      joined += type.name;
-    }
-    return joined;
-  }();
+  static const std::string names =
+      JoinedNames(kSimpleTypes, [](const SimpleType& type) { return type.name; });
   return names;
 }
 
@@ -128,14 +124,19 @@ testhost::FieldSpec ToFieldSpec(const std::string& name, const HostType& type) {
   return field;
 }
 
+testhost::Value ArrayValueOf(const HostType& type, testhost::Value::Items items) {
+  using testhost::Value;
+  return type.IsStructure() ? Value::ObjectArray(type.structure, std::move(items), type.bounded)
+                            : Value::Array(type.kind, std::move(items), type.bounded);
+}
+
 testhost::Value EmptyValueOf(const HostType& type) {
   using testhost::Value;
   if (type.isArray) {
     Value::Items items;
     if (type.bounded)
       items.resize(static_cast<size_t>(type.boundedLength), EmptyValueOf(type.Item()));
-    return type.IsStructure() ? Value::ObjectArray(type.structure, std::move(items), type.bounded)
-                              : Value::Array(type.kind, std::move(items), type.bounded);
+    return ArrayValueOf(type, std::move(items));
   }
   if (type.IsStructure()) return Value::NullObject(type.structure);
   if (type.kind == kHostAny) return Value::Any();

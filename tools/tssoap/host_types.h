@@ -49,6 +49,9 @@ std::optional<HostType> ParseHostType(std::string_view text, std::string* proble
 // The declaration of an instance variable of this type.
 testhost::FieldSpec ToFieldSpec(const std::string& name, const HostType& type);
 
+// An array value of the type (its item kind or class) holding items.
+testhost::Value ArrayValueOf(const HostType& type, testhost::Value::Items items);
+
 // The value the host gives a result before the call, and an out-only argument: null of the type;
 // for an array, an empty array (a bounded one holds boundedLength null items).
 testhost::Value EmptyValueOf(const HostType& type);

@@ -7,6 +7,8 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
+#include "tools/tssoap/message_text.h"
+
 namespace tssoap::cli {
 namespace {
 
@@ -17,7 +19,7 @@ using testhost::Value;
 constexpr int kMaxDepth = 64;
 
 std::string Describe(const Json& json) {
-  std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
+  std::string text = DumpJson(json);
   if (text.size() > 40) text = text.substr(0, 37) + "...";
   return text;
 }
@@ -27,12 +29,6 @@ std::string WithArticle(std::string_view typeName) {
   bool vowel =
       !typeName.empty() && std::string_view("aeio").find(typeName[0]) != std::string_view::npos;
   return (vowel ? "an " : "a ") + std::string(typeName);
-}
-
-std::string Article(const Json& json) {
-  std::string name = json.type_name();
-  bool vowel = name[0] == 'a' || name[0] == 'o';
-  return json.is_null() ? "null" : std::string(vowel ? "an " : "a ") + name;
 }
 
 [[noreturn]] void Fail(const std::string& where, const std::string& path, const std::string& what) {
@@ -288,7 +284,7 @@ Value JsonValues::Convert(const Json& json, const HostType& type, const std::str
       return array;
     }
     if (!json.is_array()) {
-      Fail(where, path, WithArticle(type.Name()) + " takes a JSON array, not " + Article(json));
+      Fail(where, path, WithArticle(type.Name()) + " takes a JSON array, not " + JsonKind(json));
     }
     if (type.bounded && json.size() != static_cast<size_t>(type.boundedLength)) {
       Fail(where, path,
@@ -300,8 +296,7 @@ Value JsonValues::Convert(const Json& json, const HostType& type, const std::str
     for (size_t i = 0; i < json.size(); ++i) {
       items.push_back(Convert(json[i], item, where, path + "/" + std::to_string(i)));
     }
-    return type.IsStructure() ? Value::ObjectArray(type.structure, std::move(items), type.bounded)
-                              : Value::Array(type.kind, std::move(items), type.bounded);
+    return ArrayValueOf(type, std::move(items));
   }
   if (type.IsStructure()) {
     if (json.is_null()) return Value::NullObject(type.structure);
@@ -318,7 +313,7 @@ Value JsonValues::ConvertStructure(const Json& json, const Structure& structure,
   if (!json.is_object()) {
     Fail(where, path,
          WithArticle(structure.name) + " takes a JSON object keyed by its fields, not " +
-             Article(json));
+             JsonKind(json));
   }
   // Every field is converted before the instance is made, so a bad field leaves nothing behind.
   std::vector<std::pair<const StructureField*, Value>> fields;
@@ -328,10 +323,8 @@ Value JsonValues::ConvertStructure(const Json& json, const Structure& structure,
       if (candidate.name == key) field = &candidate;
     }
     if (field == nullptr) {
-      std::string names;
-      for (const StructureField& candidate : structure.fields) {
-        names += (names.empty() ? "" : ", ") + candidate.name;
-      }
+      std::string names =
+          JoinedNames(structure.fields, [](const StructureField& f) { return f.name; });
       Fail(where, path,
            structure.name + " has no field \"" + key + "\" (its fields: " + names + ")");
     }

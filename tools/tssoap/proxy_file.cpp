@@ -7,6 +7,8 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "tools/tssoap/message_text.h"
+
 namespace tssoap::cli {
 namespace {
 
@@ -24,6 +26,14 @@ std::string Lower(std::string_view text) {
 }
 
 bool SameHostName(std::string_view a, std::string_view b) { return Lower(a) == Lower(b); }
+
+template <typename Named>
+const Named* FindByHostName(const std::vector<Named>& items, std::string_view name) {
+  for (const Named& item : items) {
+    if (SameHostName(item.name, name)) return &item;
+  }
+  return nullptr;
+}
 
 std::string_view Trim(std::string_view text) {
   const char* blanks = " \t\r\n\v\f";
@@ -51,8 +61,6 @@ std::string Pointer(const std::string& parent, std::string_view key) {
 std::string Pointer(const std::string& parent, size_t index) {
   return parent + "/" + std::to_string(index);
 }
-
-std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
 std::string ReadWholeFile(const std::string& path) {
   std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
@@ -84,7 +92,7 @@ class Reader {
       Fail("",
            "a proxy file is a JSON object with \"class\", \"variables\", \"structures\" and "
            "\"functions\", not " +
-               Article(root));
+               JsonKind(root));
     }
     CheckKeys(root, "", {"class", "variables", "structures", "functions"});
     file.className =
@@ -100,14 +108,8 @@ class Reader {
     throw ProxyFileError(path_ + ": " + (place.empty() ? "" : place + ": ") + what);
   }
 
-  static std::string Article(const Json& value) {
-    std::string name = value.type_name();
-    bool vowel = name[0] == 'a' || name[0] == 'o';
-    return value.is_null() ? "null" : std::string(vowel ? "an " : "a ") + name;
-  }
-
   void Expect(bool ok, const Json& value, const std::string& place, const char* wanted) const {
-    if (!ok) Fail(place, std::string("is ") + Article(value) + ", expected " + wanted);
+    if (!ok) Fail(place, "is " + JsonKind(value) + ", expected " + wanted);
   }
 
   const Json& Required(const Json& object, const std::string& place, const char* key,
@@ -122,8 +124,7 @@ class Reader {
       bool known = false;
       for (std::string_view name : allowed) known = known || key == name;
       if (known) continue;
-      std::string list;
-      for (std::string_view name : allowed) list += (list.empty() ? "" : ", ") + std::string(name);
+      std::string list = JoinedNames(allowed, [](std::string_view name) { return name; });
       Fail(Pointer(place, key), "unknown key " + Quoted(key) + " (expected " + list + ")");
     }
   }
@@ -131,12 +132,16 @@ class Reader {
   std::string ReadName(const Json& value, const std::string& place, const char* what) const {
     Expect(value.is_string(), value, place, "a string");
     std::string name = value.get<std::string>();
+    CheckName(name, place, what);
+    return name;
+  }
+
+  void CheckName(const std::string& name, const std::string& place, const char* what) const {
     if (!IsHostName(name)) {
       Fail(place, Quoted(name) + " is no " + what +
                       " name: host names are lower-case letters, digits and _, not starting "
                       "with a digit");
     }
-    return name;
   }
 
   HostType ReadType(const Json& value, const std::string& place, const ProxyFile& file) const {
@@ -193,11 +198,7 @@ class Reader {
       Structure& structure = file.structures[index++];
       for (const auto& [fieldName, type] : fields.items()) {
         std::string fieldPlace = Pointer(place, fieldName);
-        if (!IsHostName(fieldName)) {
-          Fail(fieldPlace, Quoted(fieldName) +
-                               " is no field name: host names are lower-case "
-                               "letters, digits and _, not starting with a digit");
-        }
+        CheckName(fieldName, fieldPlace, "field");
         structure.fields.push_back({fieldName, ReadType(type, fieldPlace, file)});
       }
     }
@@ -385,17 +386,11 @@ ProxyFile ProxyFile::Parse(std::string_view text, const std::string& path) {
 }
 
 const ProxyFunction* ProxyFile::FindFunction(std::string_view name) const {
-  for (const ProxyFunction& function : functions) {
-    if (SameHostName(function.name, name)) return &function;
-  }
-  return nullptr;
+  return FindByHostName(functions, name);
 }
 
 const Structure* ProxyFile::FindStructure(std::string_view name) const {
-  for (const Structure& structure : structures) {
-    if (SameHostName(structure.name, name)) return &structure;
-  }
-  return nullptr;
+  return FindByHostName(structures, name);
 }
 
 const ProxyVariable* ProxyFile::FindVariable(std::string_view name) const {

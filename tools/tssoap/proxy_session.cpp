@@ -2,14 +2,33 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tools/tssoap/message_text.h"
+
 namespace tssoap::cli {
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
+// A soapconnection answers an option string it refuses with a result other than 0.
+void CheckOptionsAccepted(const char* what, std::optional<int32_t> result,
+                          const std::string& text) {
+  if (result.value_or(0) != 0) {
+    throw SetupError(std::string(what) + " answered " + std::to_string(*result) +
+                     ", the option string " + Quoted(text) + " is invalid");
+  }
+}
 
 }  // namespace
+
+void DefineStructures(testhost::Runtime& runtime, const ProxyFile& proxy) {
+  for (const Structure& structure : proxy.structures) {
+    std::vector<testhost::FieldSpec> fields;
+    for (const StructureField& field : structure.fields) {
+      fields.push_back(ToFieldSpec(field.name, field.type));
+    }
+    runtime.DefineStructure(structure.name, std::move(fields));
+  }
+}
 
 std::string ArgumentName(const ProxyFunction& function, size_t index) {
   return "argument " + std::to_string(index + 1) + " (" + function.parameters[index].name + ")";
@@ -25,13 +44,7 @@ ProxySession::ProxySession(ProxyFile proxy, const SessionOptions& options)
                      " (set TSSOAP_EXTENSION to the path of libtssoapclient90.so)");
   }
   values_ = std::make_unique<JsonValues>(*runtime_, proxy_);
-  for (const Structure& structure : proxy_.structures) {
-    std::vector<testhost::FieldSpec> fields;
-    for (const StructureField& field : structure.fields) {
-      fields.push_back(ToFieldSpec(field.name, field.type));
-    }
-    runtime_->DefineStructure(structure.name, std::move(fields));
-  }
+  DefineStructures(*runtime_, proxy_);
   std::vector<std::pair<std::string, std::optional<std::string>>> variables;
   for (const ProxyVariable& variable : proxy_.variables) {
     variables.emplace_back(variable.name, variable.value);
@@ -47,20 +60,15 @@ ProxySession::ProxySession(ProxyFile proxy, const SessionOptions& options)
     }
   }
   if (options.options) {
-    std::optional<int32_t> result = runtime_->SetOptions(connection_, options.options->c_str());
-    if (result.value_or(0) != 0) {
-      throw SetupError("--options: setoptions answered " + std::to_string(*result) +
-                       ", the option string " + Quoted(*options.options) + " is invalid");
-    }
+    CheckOptionsAccepted("--options: setoptions",
+                         runtime_->SetOptions(connection_, options.options->c_str()),
+                         *options.options);
   }
   if (options.proxyOptions) {
-    std::optional<int32_t> result =
-        runtime_->SetProxyServerOptions(connection_, options.proxyOptions->c_str());
-    if (result.value_or(0) != 0) {
-      throw SetupError("--proxy-options: setproxyserveroptions answered " +
-                       std::to_string(*result) + ", the option string " +
-                       Quoted(*options.proxyOptions) + " is invalid");
-    }
+    CheckOptionsAccepted(
+        "--proxy-options: setproxyserveroptions",
+        runtime_->SetProxyServerOptions(connection_, options.proxyOptions->c_str()),
+        *options.proxyOptions);
   }
   testhost::Runtime::CreateResult created =
       options.port

@@ -70,6 +70,9 @@ class ProxySession {
   HostObject proxyObject_ = 0;
 };
 
+// Declares the proxy file's structure classes at the host.
+void DefineStructures(testhost::Runtime& runtime, const ProxyFile& proxy);
+
 // "argument 2 (count)": how messages name an argument.
 std::string ArgumentName(const ProxyFunction& function, size_t index);
 

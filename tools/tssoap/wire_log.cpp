@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "tools/tssoap/message_text.h"
+
 namespace tssoap::cli {
 namespace {
 
@@ -64,14 +66,9 @@ std::string WireLog::Take() {
   offset_ += static_cast<long>(text.size());
   std::string traffic;
   traffic.reserve(text.size());
-  size_t start = 0;
-  while (start < text.size()) {
-    size_t end = text.find('\n', start);
-    if (end == std::string::npos) end = text.size();
-    std::string_view line(text.data() + start, end - start);
-    if (!IsCallLine(line)) traffic.append(line).push_back('\n');
-    start = end + 1;
-  }
+  ForEachLine(text, [&](std::string_view line) {
+    if (!IsCallLine(line)) traffic.append(line) += '\n';
+  });
   return traffic;
 }
 
