@@ -1,16 +1,21 @@
-// The tssoap program end to end against the bundled sample service: results and out values,
-// every field of a soapexception, each exit status, the options that reach the connection, the
-// proxy-file checks as the user sees them, describe, and the demo.
+// The tssoap program end to end against the bundled sample service, run as a script runs it:
+// results and out values, every field of a soapexception, each exit status, the options that reach
+// the connection, and the commands that only print.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "common/server_process.h"
-#include "common/tiny_proxy.h"
-#include "tool_runner.h"
+#include "common/tiny_proxy.h"  // PickFreePort
 
 namespace tssoap::test {
 namespace {
@@ -18,6 +23,43 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 const std::string kSampleProxy = TSSOAP_SOURCE_DIR "/examples/sample.json";
+const std::string kNotJson = TSSOAP_SOURCE_DIR "/tests/tools/tool_test.cpp";  // this very file
+
+struct ToolResult {
+  int status = -1;  // the exit status; 124 when the time-out ended the run
+  std::string out;
+  std::string err;
+  std::string Describe() const {
+    return "status " + std::to_string(status) + "\nstdout:\n" + out + "\nstderr:\n" + err;
+  }
+};
+
+std::string ShellWord(const std::string& text) {
+  std::string word = "'";
+  for (char c : text) word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return word + "'";
+}
+
+std::string TakeFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::remove(path.c_str());
+  return text;
+}
+
+// Runs the built tool with arguments through the shell, bounded by timeout(1); env goes before
+// the command ("NAME=value").
+ToolResult RunTool(const std::vector<std::string>& arguments, const std::string& env = "") {
+  const std::string files = ::testing::TempDir() + "tssoap-tool-" + std::to_string(getpid());
+  std::string command =
+      env + " timeout -k 5 120 " + ShellWord(TSSOAP_BINARY_DIR "/tools/tssoap/tssoap");
+  for (const std::string& argument : arguments) command += " " + ShellWord(argument);
+  const int status = std::system(
+      (command + " </dev/null >" + ShellWord(files + ".out") + " 2>" + ShellWord(files + ".err"))
+          .c_str());
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, TakeFile(files + ".out"),
+          TakeFile(files + ".err")};
+}
 
 class ToolTest : public ::testing::Test {
  protected:
@@ -26,15 +68,12 @@ class ToolTest : public ::testing::Test {
                                                std::vector<std::string>{"--port", "0"});
   }
   static void TearDownTestSuite() { service_.reset(); }
-
   void SetUp() override { ASSERT_TRUE(service_->Started()) << service_->Error(); }
 
   static std::string Endpoint() { return service_->Url("/sample"); }
-
-  // tssoap call on the sample proxy with the service's address.
+  // tssoap call on the sample proxy with the service's address (a later --endpoint wins).
   static ToolResult Call(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {"call", kSampleProxy});
-    arguments.insert(arguments.end(), {"--endpoint", Endpoint()});
+    arguments.insert(arguments.begin(), {"call", kSampleProxy, "--endpoint", Endpoint()});
     return RunTool(arguments);
   }
 
@@ -49,132 +88,106 @@ Json Output(const ToolResult& result) {
   return Json::parse(result.out, nullptr, false);
 }
 
-TEST_F(ToolTest, ASuccessfulCallPrintsItsReturnAndOutValues) {
+TEST_F(ToolTest, ACallPrintsItsOutcomeAsOneLineOfJson) {
+  // Function and arguments, the output (nullptr: the first argument comes back as "return") and
+  // the exit status.
   const struct {
     std::vector<std::string> arguments;
-    const char* output;
+    const char* output = nullptr;
+    int status = 0;
   } cases[] = {
       {{"echostring", R"("h\u00e9llo <&>")"}, R"({"return":"héllo <&>","out":{}})"},
-      {{"EchoInt", "-2147483648"}, R"({"return":-2147483648,"out":{}})"},
+      {{"EchoInt", "-2147483648"}},  // host names ignore case
+      // createinstance's port name goes before the endpoint variable
+      {{"echoint", "5", "--endpoint", "http://127.0.0.1:1/", "--port", Endpoint()}},
+      {{"echoboolean", "false"}},
+      {{"echoshort", "-32768"}},
+      {{"echounsignedshort", "65535"}},
+      {{"echounsignedint", "4294967295"}},
+      {{"echolong", "-9223372036854775808"}},
+      {{"echolong", R"("9223372036854775807")"}, R"({"return":9223372036854775807,"out":{}})"},
+      {{"echofloat", "-1.1"}},
+      {{"echofloat", R"("INF")"}},
+      {{"echodouble", "2.718281828459045"}},
+      {{"echodecimal", R"("-123.450")"}},
+      {{"echodate", R"("2000-02-29")"}},
+      {{"echotime", R"("23:59:59.25")"}},
+      {{"echodatetime", R"("2003-07-14T13:05:09")"}},
+      {{"echobase64", R"({"base64": "AAEC/w=="})"}},
+      {{"echonullablestringarray", R"(["a", null, ""])"}},
+      {{"echoaddress",
+        R"({"street": "s", "zip": 1, "tags": ["t"], "phone": {"number": "n", "kind": 2}})"}},
       {{"exchangestrings", R"("ping")", "null", R"("pong")"},
        R"({"return":"ping/result","out":{"output":"ping/out","both":"pong/inout"}})"},
-      {{"echostringarray", R"(["a", "b"])"}, R"({"return":["a","b"],"out":{}})"},
-      {{"echonullablestringarray", R"(["a", null, ""])"}, R"({"return":["a",null,""],"out":{}})"},
-      {{"echostringsrepeated", R"(["a", "b"])"}, R"({"return":["a","b"],"out":{}})"},
-      {{"echostringlist", R"([])"}, R"({"return":[],"out":{}})"},
-      {{"echostruct", R"({"text": "pi", "number": 3})"},
-       R"({"return":{"text":"pi","number":3},"out":{}})"},
-      {{"echoaddress",
-        R"({"street": "s", "zip": 1, "tags": ["t"], "phone": {"number": "n", "kind": 2}})"},
-       R"({"return":{"street":"s","zip":1,"tags":["t"],"phone":{"number":"n","kind":2}},"out":{}})"},
-      {{"echophonelist", R"([{"number": "1", "kind": 1}, {"number": "2", "kind": 2}])"},
-       R"({"return":[{"number":"1","kind":1},{"number":"2","kind":2}],"out":{}})"},
       {{"echophonesrepeated", R"([{"number": "1", "kind": 1}])"},
        R"({"out":{"phones":[{"number":"1","kind":1}]}})"},
       {{"ping"}, R"({"out":{}})"},
+      {{"failwithdetail", R"("disk <full>")"},
+       R"({"exception":{"text":"disk <full>","faultcode":"SOAP-ENV:Server",
+           "faultstring":"disk <full>","detailmessage":"<ns:problem xmlns:ns=\"urn:tssoap-sample\"><code>42</code><reason>disk &lt;full&gt;</reason></ns:problem>"}})",
+       1},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.arguments[0]);
     ToolResult result = Call(c.arguments);
-    EXPECT_EQ(result.status, 0) << result.Describe();
-    EXPECT_EQ(Output(result), Json::parse(c.output)) << result.Describe();
+    EXPECT_EQ(result.status, c.status) << result.Describe();
+    const Json expected =
+        c.output ? Json::parse(c.output)
+                 : Json{{"return", Json::parse(c.arguments[1])}, {"out", Json::object()}};
+    EXPECT_EQ(Output(result), expected);
     EXPECT_EQ(result.err, "");
   }
 }
 
-TEST_F(ToolTest, EveryKindOfSimpleValueTravelsBothWays) {
-  const struct {
-    const char* function;
-    const char* argument;
-    const char* result;  // nullptr: the argument itself
-  } cases[] = {
-      {"echoboolean", "false", nullptr},
-      {"echoshort", "-32768", nullptr},
-      {"echounsignedshort", "65535", nullptr},
-      {"echoint", "2147483647", nullptr},
-      {"echounsignedint", "4294967295", nullptr},
-      {"echolong", "-9223372036854775808", nullptr},
-      {"echolong", R"("9223372036854775807")", "9223372036854775807"},
-      {"echofloat", "-1.1", nullptr},
-      {"echofloat", R"("INF")", nullptr},
-      {"echodouble", "2.718281828459045", nullptr},
-      {"echodecimal", R"("-123.450")", nullptr},
-      {"echostring", R"("")", nullptr},
-      {"echodate", R"("2000-02-29")", nullptr},
-      {"echotime", R"("23:59:59.25")", nullptr},
-      {"echodatetime", R"("2003-07-14T13:05:09")", nullptr},
-      {"echobase64", R"({"base64": "AAEC/w=="})", nullptr},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.function) + " " + c.argument);
-    ToolResult result = Call({c.function, c.argument});
-    EXPECT_EQ(result.status, 0) << result.Describe();
-    EXPECT_EQ(Output(result)["return"], Json::parse(c.result ? c.result : c.argument))
-        << result.Describe();
-  }
-}
-
-TEST_F(ToolTest, AFaultBecomesAnExceptionWithEveryField) {
-  ToolResult result = Call({"failwithdetail", R"("disk <full>")"});
-  EXPECT_EQ(result.status, 1) << result.Describe();
-  Json output = Output(result);
-  ASSERT_TRUE(output.contains("exception")) << result.Describe();
-  const Json& exception = output["exception"];
-  EXPECT_EQ(exception["text"], "disk <full>");
-  EXPECT_EQ(exception["faultcode"], "SOAP-ENV:Server");
-  EXPECT_EQ(exception["faultstring"], "disk <full>");
-  std::string detail = exception["detailmessage"];
-  EXPECT_NE(detail.find("<code>42</code>"), std::string::npos) << detail;
-  EXPECT_NE(detail.find("<reason>disk &lt;full&gt;</reason>"), std::string::npos) << detail;
-  EXPECT_EQ(output.size(), 1u) << "no return and no out values beside the exception";
-}
-
 TEST_F(ToolTest, ATransportFailureIsAnExceptionWithTextOnly) {
-  int closedPort = PickFreePort();
   ToolResult result = RunTool({"call", kSampleProxy, "echostring", R"("x")", "--endpoint",
-                               "http://127.0.0.1:" + std::to_string(closedPort) + "/"});
+                               "http://127.0.0.1:" + std::to_string(PickFreePort()) + "/"});
   EXPECT_EQ(result.status, 1) << result.Describe();
   Json exception = Output(result)["exception"];
-  EXPECT_NE(exception["text"].get<std::string>(), "");
-  EXPECT_EQ(exception["faultcode"], "");
-  EXPECT_EQ(exception["faultstring"], "");
-  EXPECT_EQ(exception["detailmessage"], "");
+  EXPECT_NE(exception.value("text", ""), "");
+  exception["text"] = "";
+  EXPECT_EQ(exception.dump(), R"({"text":"","faultcode":"","faultstring":"","detailmessage":""})");
 }
 
-TEST_F(ToolTest, WrongUsageAndBadArgumentsExitWithTwoAndOneLine) {
+TEST_F(ToolTest, WrongUsageAndBadInputExitWithTwoAndOneLine) {
+  const auto call = [](std::vector<std::string> rest) {
+    rest.insert(rest.begin(), {"call", kSampleProxy});
+    return rest;
+  };
   const struct {
     std::vector<std::string> arguments;
     std::string message;  // the start of stderr
+    std::string env = "";
   } cases[] = {
       {{}, "tssoap: no command given (tssoap --help explains the usage)"},
       {{"frobnicate"}, "tssoap: unknown command \"frobnicate\""},
-      {{"call", kSampleProxy}, "tssoap: call takes PROXYFILE FUNCTION [ARG ...]"},
-      {{"call", kSampleProxy, "echoint", "1", "--colour"}, "tssoap: unknown option --colour"},
-      {{"call", kSampleProxy, "echoint", "1", "--endpoint"}, "tssoap: --endpoint needs a value"},
-      {{"call", kSampleProxy, "echoint", "1", "--repeat", "0"},
+      {call({}), "tssoap: call takes PROXYFILE FUNCTION [ARG ...]"},
+      {call({"echoint", "1", "--colour"}), "tssoap: unknown option --colour"},
+      {call({"echoint", "1", "--endpoint"}), "tssoap: --endpoint needs a value"},
+      {call({"echoint", "1", "--repeat", "0"}),
        "tssoap: --repeat takes a number of calls from 1 to 1000000000, not \"0\""},
       {{"describe", kSampleProxy, "--repeat=2"}, "tssoap: --endpoint, --port, --options"},
-      {{"call", kSampleProxy, "nosuch"}, "tssoap: " + kSampleProxy + " has no function nosuch"},
-      {{"call", kSampleProxy, "echoint"},
+      {{"demo", "extra"}, "tssoap: demo takes no arguments"},
+      {call({"nosuch"}), "tssoap: " + kSampleProxy + " has no function nosuch"},
+      {call({"echoint"}),
        "tssoap: echoint takes 1 argument, 0 given: function long echoint(long input)"},
-      {{"call", kSampleProxy, "echoint", "1", "2"}, "tssoap: echoint takes 1 argument, 2 given"},
-      {{"call", kSampleProxy, "echostring", "hello"},
-       "tssoap: argument 1 (input): hello is not JSON: a string is written in double quotes"},
-      {{"call", kSampleProxy, "echoint", "2147483648"},
-       "tssoap: argument 1 (input): 2147483648 doesn't fit a long (-2147483648 to 2147483647)\n"},
-      {{"call", kSampleProxy, "echostruct", R"({"text": 5})"},
+      {call({"echostruct", R"({"text": 5})"}),
        "tssoap: argument 1 (input) at /text: a string takes a JSON string"},
       {{"call", "/nonexistent.json", "f"},
        "tssoap: /nonexistent.json: can't open the proxy file: No such file or directory\n"},
-      {{"call", kSampleProxy, "echoint", "1", "--options", "timeout=-1"},
+      {{"describe", "/"}, "tssoap: /: can't read the proxy file: Is a directory\n"},
+      {{"describe", kNotJson},
+       "tssoap: " + kNotJson + ": not JSON: parse error at line 1, column 1"},
+      {call({"echoint", "1", "--options", "timeout=-1"}),
        "tssoap: --options: setoptions answered 50, the option string \"timeout=-1\" is invalid\n"},
-      {{"call", kSampleProxy, "echoint", "1", "--proxy-options", "address=\"ftp:/x\", port=1"},
+      {call({"echoint", "1", "--proxy-options", "address=\"ftp:/x\", port=1"}),
        "tssoap: --proxy-options: setproxyserveroptions answered 50"},
-      {{"demo", "extra"}, "tssoap: demo takes no arguments"},
+      {call({"echoint", "1"}),
+       "tssoap: can't load the extension: ", "TSSOAP_EXTENSION=/nonexistent/libtssoapclient90.so"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.message);
-    ToolResult result = RunTool(c.arguments);
+    ToolResult result = RunTool(c.arguments, c.env);
     EXPECT_EQ(result.status, 2) << result.Describe();
     EXPECT_EQ(result.err.rfind(c.message, 0), 0u) << result.Describe();
     EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << "one line: " << result.err;
@@ -182,86 +195,22 @@ TEST_F(ToolTest, WrongUsageAndBadArgumentsExitWithTwoAndOneLine) {
   }
 }
 
-TEST_F(ToolTest, AnExtensionThatCannotBeLoadedExitsWithTwo) {
-  ToolResult result = RunTool({"call", kSampleProxy, "echoint", "1"},
-                              {"TSSOAP_EXTENSION=/nonexistent/libtssoapclient90.so"});
-  EXPECT_EQ(result.status, 2) << result.Describe();
-  EXPECT_EQ(result.err.rfind("tssoap: can't load the extension: ", 0), 0u) << result.Describe();
-  EXPECT_NE(result.err.find("/nonexistent/libtssoapclient90.so"), std::string::npos);
-}
-
-TEST_F(ToolTest, AMalformedProxyFileIsNamedWithThePlaceAndTheProblem) {
-  const struct {
-    const char* content;
-    const char* message;  // after "tssoap: PATH: "
-  } cases[] = {
-      {"{", "not JSON: parse error at line 1, column 2"},
-      {R"({"class": "p", "functions": [{"name": "f", "description": "f()@urn:x",
-           "parameters": [{"name": "a", "type": "lnog"}]}]})",
-       "/functions/0/parameters/0/type: \"lnog\" is neither a host type"},
-      {R"({"class": "p", "functions": [{"name": "f", "returns": "long",
-           "description": "f()@urn:x"}]})",
-       "/functions/0/returns: the function returns a value, but its description has no return "
-       "part"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.content);
-    TemporaryFile file("broken.json", c.content);
-    for (const char* command : {"describe", "call"}) {
-      std::vector<std::string> arguments{command, file.Path()};
-      if (std::string(command) == "call") arguments.push_back("f");
-      ToolResult result = RunTool(arguments);
-      EXPECT_EQ(result.status, 2) << result.Describe();
-      EXPECT_EQ(result.err.rfind("tssoap: " + file.Path() + ": " + c.message, 0), 0u)
-          << result.Describe();
-      EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << "one line: " << result.err;
-    }
-  }
-}
-
-TEST_F(ToolTest, APortNameGoesBeforeTheEndpointVariable) {
-  // The file's endpoint (port 8080) answers nothing; createinstance's third argument wins.
-  ToolResult result =
-      RunTool({"call", kSampleProxy, "echoint", "5", "--port", service_->Url("/sample")});
-  EXPECT_EQ(result.status, 0) << result.Describe();
-  EXPECT_EQ(Output(result), Json::parse(R"({"return":5,"out":{}})"));
-}
-
-TEST_F(ToolTest, RepeatCallsOnOneProxyAndOptionsReachTheConnection) {
+TEST_F(ToolTest, RepeatCallsOneProxyObjectUntilTheFirstException) {
   // With the connection cache on, the one proxy object keeps its connection: the service sees a
   // single new connection for all the calls.
   size_t before = service_->Process().CountLines("CONNECTION ");
   ToolResult result = Call({"echoint", "7", "--repeat", "5", "--options", "connectioncache=true"});
   EXPECT_EQ(result.status, 0) << result.Describe();
-  EXPECT_EQ(Output(result), Json::parse(R"({"return":7,"out":{}})"));
+  EXPECT_EQ(Output(result)["return"], 7);
   EXPECT_NE(result.err.find("tssoap: 5 calls in "), std::string::npos) << result.err;
   EXPECT_NE(result.err.find(" calls per second"), std::string::npos) << result.err;
   ASSERT_TRUE(
       service_->Process().WaitForLines("CONNECTION ", before + 1, std::chrono::seconds(10)));
   EXPECT_EQ(service_->Process().CountLines("CONNECTION "), before + 1);
 
-  // Without it every call opens a connection of its own.
-  before = service_->Process().CountLines("CONNECTION ");
-  result = Call({"echoint", "7", "--repeat", "3"});
-  EXPECT_EQ(result.status, 0) << result.Describe();
-  EXPECT_TRUE(
-      service_->Process().WaitForLines("CONNECTION ", before + 3, std::chrono::seconds(10)));
-}
-
-TEST_F(ToolTest, RepeatStopsAtTheFirstException) {
-  ToolResult result = Call({"failwithdetail", R"("x")", "--repeat", "4"});
+  result = Call({"failwithdetail", R"("x")", "--repeat", "4"});
   EXPECT_EQ(result.status, 1) << result.Describe();
   EXPECT_NE(result.err.find("tssoap: 1 call in "), std::string::npos) << result.err;
-}
-
-TEST_F(ToolTest, ProxyServerOptionsReachTheConnection) {
-  TinyProxy proxy;
-  ASSERT_TRUE(proxy.Started()) << proxy.Error();
-  ToolResult result = Call(
-      {"echostring", R"("via the proxy")", "--proxy-options", "address='" + proxy.Address() + "'"});
-  EXPECT_EQ(result.status, 0) << result.Describe() << proxy.Log();
-  EXPECT_EQ(Output(result)["return"], "via the proxy");
-  EXPECT_NE(proxy.Log().find(Endpoint()), std::string::npos) << proxy.Log();
 }
 
 TEST_F(ToolTest, WireShowsTheRequestAndTheResponse) {
@@ -269,54 +218,43 @@ TEST_F(ToolTest, WireShowsTheRequestAndTheResponse) {
   EXPECT_EQ(result.status, 0) << result.Describe();
   EXPECT_EQ(Output(result)["return"], "on the wire");
   EXPECT_EQ(result.err.rfind("POST " + Endpoint(), 0), 0u) << result.err;
-  EXPECT_NE(result.err.find("<input xsi:type=\"xsd:string\">on the wire</input>"),
-            std::string::npos)
-      << result.err;
-  EXPECT_NE(result.err.find("\nHTTP 200 "), std::string::npos) << result.err;
-  EXPECT_NE(result.err.find("echoStringResponse"), std::string::npos) << result.err;
+  for (const char* part : {"<input xsi:type=\"xsd:string\">on the wire</input>", "\nHTTP 200 ",
+                           "echoStringResponse"}) {
+    EXPECT_NE(result.err.find(part), std::string::npos) << part << "\n" << result.err;
+  }
   EXPECT_EQ(result.err.find("Connection Disconnected"), std::string::npos) << result.err;
 }
 
-TEST_F(ToolTest, DescribeListsHostSignaturesAndDescriptions) {
-  ToolResult result = RunTool({"describe", kSampleProxy});
-  EXPECT_EQ(result.status, 0) << result.Describe();
-  for (const char* line : {
-           "proxy class sampleproxy (",
-           "  BindingStyle = \"rpc\"\n",
-           "  ns__address (string street, long zip, string[] tags, ns__phone phone)\n",
-           "  function string exchangestrings(string input, ref string output, ref string both)\n"
-           "      exchangeStrings([in] xsd:string input, [out] xsd:string output, [in,out] "
-           "xsd:string both) return xsd:string result@urn:tssoap-sample\n",
-           "  function any echostringarray(string[] input)\n",
-           "  subroutine ping()\n",
-       }) {
-    EXPECT_NE(result.out.find(line), std::string::npos) << line << "\n" << result.out;
+TEST_F(ToolTest, DescribeHelpAndDemoPrintTheirTextAndExitWithZero) {
+  const struct {
+    std::vector<std::string> arguments;
+    std::vector<const char*> parts;  // each somewhere on stdout
+  } cases[] = {
+      {{"describe", kSampleProxy},
+       {"proxy class sampleproxy (", "  BindingStyle = \"rpc\"\n",
+        "  function string exchangestrings(string input, ref string output, ref string both)\n"
+        "      exchangeStrings([in] xsd:string input, [out] xsd:string output, [in,out] "
+        "xsd:string both) return xsd:string result@urn:tssoap-sample\n",
+        "  function any echostringarray(string[] input)\n", "  subroutine ping()\n"}},
+      {{"--help"},
+       {"tssoap call PROXYFILE FUNCTION [ARG ...]", "tssoap describe", "tssoap demo",
+        "--proxy-options", "--repeat N", "--wire",
+        "{\"base64\": ", "Exit status:", "TSSOAP_EXTENSION"}},
+      // The demo starts a service of its own and stops it.
+      {{"demo", "--wire"},
+       {"> echostring(\"Hello from tssoap\")\n  return \"Hello from tssoap\"\n",
+        "  out    both = \"pong/inout\"\n",
+        "  soapexception\n    text           \"the demo asks for a fault\"\n",
+        "    | POST http://127.0.0.1:", "calls, each as expected.\n"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.arguments[0]);
+    ToolResult result = RunTool(c.arguments);
+    EXPECT_EQ(result.status, 0) << result.Describe();
+    for (const char* part : c.parts) {
+      EXPECT_NE(result.out.find(part), std::string::npos) << part << "\n" << result.out;
+    }
   }
-}
-
-TEST_F(ToolTest, HelpExplainsCommandsNotationAndExitStatuses) {
-  ToolResult result = RunTool({"--help"});
-  EXPECT_EQ(result.status, 0);
-  for (const char* part : {"tssoap call PROXYFILE FUNCTION [ARG ...]", "tssoap describe",
-                           "tssoap demo", "--proxy-options", "--repeat N", "--wire",
-                           "{\"base64\": ", "Exit status:", "TSSOAP_EXTENSION"}) {
-    EXPECT_NE(result.out.find(part), std::string::npos) << part;
-  }
-}
-
-TEST(ToolDemo, RunsATranscriptAgainstItsOwnServiceAndStopsIt) {
-  ToolResult result = RunTool({"demo", "--wire"});
-  EXPECT_EQ(result.status, 0) << result.Describe();
-  for (const char* part : {
-           "> echostring(\"Hello from tssoap\")\n  return \"Hello from tssoap\"\n",
-           "  out    both = \"pong/inout\"\n",
-           "  soapexception\n    text           \"the demo asks for a fault\"\n",
-           "    | POST http://127.0.0.1:",
-           "calls, each as expected.\n",
-       }) {
-    EXPECT_NE(result.out.find(part), std::string::npos) << part << "\n" << result.out;
-  }
-  EXPECT_EQ(result.out.find("NOT"), std::string::npos) << result.out;
 }
 
 }  // namespace
