@@ -107,6 +107,9 @@ struct FieldSpec {
   // The value a new instance starts with; by default a non-null zero, empty text, empty unbounded
   // array, or a null object.
   std::optional<Value> initial;
+  // A field declared as `value` is: its kind, array and object flags, class and boundedness (a
+  // bounded array's length is its number of items); it starts at the default.
+  static FieldSpec Like(std::string name, const Value& value);
 };
 
 // The texts of a soapexception as the script would read them.

@@ -186,6 +186,18 @@ const Value::Items& Value::AsItems() const {
   return std::get<Items>(data);
 }
 
+FieldSpec FieldSpec::Like(std::string name, const Value& value) {
+  FieldSpec field;
+  field.name = std::move(name);
+  field.kind = value.kind;
+  field.isArray = value.isArray;
+  field.isObject = value.isObject;
+  field.className = value.className;
+  field.bounded = value.bounded;
+  field.boundedLength = value.bounded ? static_cast<int32_t>(value.AsItems().size()) : 0;
+  return field;
+}
+
 std::string Describe(const Value& value) {
   std::ostringstream out;
   DescribeInto(out, value);
