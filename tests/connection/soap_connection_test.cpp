@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "connection/soap_marshaler.h"
 #include "host/entry_points.h"
 #include "testhost/testhost.h"
@@ -35,53 +37,40 @@ class CreateInstanceTest : public ::testing::TestWithParam<bool> {
   HostObject connection = 0;
 };
 
+// Proxy name, NewProxyObject failing, result; result 0 alone makes a proxy with a marshaler.
 TEST_P(CreateInstanceTest, ResultsAndTheReferenceArgument) {
-  struct Case {
-    const char* proxyName;
-    bool failNewProxyObject;
-    int32_t result;
-    bool madeProxy;
+  const std::tuple<const char*, bool, int32_t> cases[] = {
+      {"svc", false, 0},        {"SVC", false, 0},          {"Svc", false, 0},
+      {"nosuch", false, 100},   {nullptr, false, 100},      {"", false, 100},
+      {"mismatch", false, 100}, {"structonly", false, 100}, {"svc", true, 101},
   };
-  const Case cases[] = {
-      {"svc", false, 0, true},         {"SVC", false, 0, true},           {"Svc", false, 0, true},
-      {"nosuch", false, 100, false},   {nullptr, false, 100, false},      {"", false, 100, false},
-      {"mismatch", false, 100, false}, {"structonly", false, 100, false}, {"svc", true, 101, false},
-  };
-  for (const Case& c : cases) {
+  for (const auto& [proxyName, failNewProxyObject, result] : cases) {
     for (bool withPort : {false, true}) {
-      SCOPED_TRACE(std::string(c.proxyName != nullptr ? c.proxyName : "(null)") +
+      SCOPED_TRACE(std::string(proxyName != nullptr ? proxyName : "(null)") +
                    (withPort ? " with port" : ""));
-      rt->FailNewProxyObject(c.failNewProxyObject);
-      int attachedBefore = rt->CallCount("AttachMarshaler");
-      Runtime::CreateResult created = withPort ? rt->CreateInstance(connection, c.proxyName, "p")
-                                               : rt->CreateInstance(connection, c.proxyName);
-      EXPECT_EQ(created.result, c.result);
-      EXPECT_EQ(created.proxy != 0, c.madeProxy);
-      EXPECT_EQ(rt->CallCount("AttachMarshaler") - attachedBefore, c.madeProxy ? 1 : 0);
-      if (c.madeProxy) {
-        EXPECT_NE(rt->MarshalerOf(created.proxy), nullptr);
-      }
+      rt->FailNewProxyObject(failNewProxyObject);
+      int attached = rt->CallCount("AttachMarshaler");
+      Runtime::CreateResult created = withPort ? rt->CreateInstance(connection, proxyName, "p")
+                                               : rt->CreateInstance(connection, proxyName);
+      EXPECT_EQ(created.result, result);
+      EXPECT_EQ(created.proxy != 0, result == 0);
+      EXPECT_EQ(rt->MarshalerOf(created.proxy) != nullptr, result == 0);
+      EXPECT_EQ(rt->CallCount("AttachMarshaler") - attached, result == 0 ? 1 : 0);
     }
   }
-  rt->FailNewProxyObject(false);
 }
 
-TEST_P(CreateInstanceTest, ProxyOutlivesItsConnection) {
-  Runtime::CreateResult created = rt->CreateInstance(connection, "svc", "http://Host/Path");
-  ASSERT_EQ(created.result, 0);
-  rt->DestroyObject(connection);
-  IHostMarshaler* marshaler = rt->MarshalerOf(created.proxy);
-  ASSERT_NE(marshaler, nullptr);
-  EXPECT_NE(marshaler->GetModuleHandle(), nullptr);
-  rt->DestroyObject(created.proxy);
-}
-
+// generateproxy and numbers beyond the class description do nothing, on both classes: no argument
+// is read and the result stays as it was.
 TEST_P(CreateInstanceTest, OtherMethodNumbersDoNothingAndAnswerZero) {
-  for (uint16_t method : {uint16_t{0}, uint16_t{5}, uint16_t{100}, uint16_t{0xFFFF}}) {
+  HostObject exception = rt->NewInstance("soapexception");
+  const std::pair<HostObject, uint16_t> cases[] = {
+      {connection, 0}, {connection, 5}, {connection, 0xFFFF}, {exception, 4}, {exception, 0xFFFF}};
+  for (const auto& [object, method] : cases) {
     SCOPED_TRACE(method);
     int argumentReads = rt->CallCount("GetAt");
     Runtime::InvokeOutcome outcome = rt->InvokeExtensionMethod(
-        connection, method, {Value::String("wsdl"), Value::String("service")}, Value::Long(-7));
+        object, method, {Value::String("wsdl"), Value::String("service")}, Value::Long(-7));
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.result, Value::Long(-7));
     EXPECT_EQ(rt->CallCount("GetAt"), argumentReads);
@@ -110,56 +99,38 @@ class MarshalerSettingsTest : public ::testing::Test {
   HostObject connection = 0;
 };
 
-TEST_F(MarshalerSettingsTest, MarshalerCopiesEverySettingAndThePortNameCase) {
+// The marshaler copies every setting at creation, the port name in its case (none for two
+// arguments or a null third); a proxy keeps them when the connection's settings change and after
+// the connection is gone.
+TEST_F(MarshalerSettingsTest, MarshalerKeepsTheSettingsOfItsCreation) {
   ASSERT_EQ(
       rt.SetOptions(connection, "userid='User', password='Pw', timeout=42, connectioncache=true"),
       0);
-  ASSERT_EQ(rt.SetProxyServerOptions(connection,
-                                     "address='https://gate:8443/base', userid='pu', "
-                                     "password='pp'"),
+  ASSERT_EQ(rt.SetProxyServerOptions(
+                connection, "address='https://gate:8443/base', userid='pu', password='pp'"),
             0);
-  Runtime::CreateResult created = rt.CreateInstance(connection, "SVC", "http://Host:81/Path");
-  ASSERT_EQ(created.result, 0);
-  const SoapMarshaler& m = MarshalerOf(created.proxy);
-  EXPECT_EQ(m.className, "svc");
-  EXPECT_EQ(m.portName, "http://Host:81/Path");
-  EXPECT_EQ(m.userId, "User");
-  EXPECT_EQ(m.password, "Pw");
+  HostObject before = rt.CreateInstance(connection, "SVC", "http://Host:81/P").proxy;
+  ASSERT_EQ(rt.SetOptions(connection, "userid='new', timeout=0, connectioncache=false"), 0);
+  ASSERT_EQ(rt.SetProxyServerOptions(connection, "address='other'"), 0);
+  HostObject after = rt.CreateInstance(connection, "svc").proxy;
+  HostObject nullPort = rt.CreateInstance(connection, "svc", nullptr).proxy;
+  rt.DestroyObject(connection);
+
+  SoapMarshaler& m = MarshalerOf(before);
+  EXPECT_EQ(std::tie(m.className, m.portName, m.userId, m.password, m.proxyUserId, m.proxyPassword),
+            std::tie("svc", "http://Host:81/P", "User", "Pw", "pu", "pp"));
+  EXPECT_EQ(std::tie(m.proxyScheme, m.proxyHost, m.proxyPort, m.proxyPath),
+            std::tie("https", "gate", "8443", "base"));
   EXPECT_EQ(m.timeout, 42);
   EXPECT_TRUE(m.connectionCache);
-  EXPECT_EQ(m.proxyScheme, "https");
-  EXPECT_EQ(m.proxyHost, "gate");
-  EXPECT_EQ(m.proxyPort, "8443");
-  EXPECT_EQ(m.proxyPath, "base");
-  EXPECT_EQ(m.proxyUserId, "pu");
-  EXPECT_EQ(m.proxyPassword, "pp");
   EXPECT_EQ(m.soapProxy, nullptr);
-}
-
-TEST_F(MarshalerSettingsTest, PortNameIsEmptyForTwoArgumentsOrANullThird) {
-  EXPECT_EQ(MarshalerOf(rt.CreateInstance(connection, "svc").proxy).portName, "");
-  EXPECT_EQ(MarshalerOf(rt.CreateInstance(connection, "svc", nullptr).proxy).portName, "");
-}
-
-TEST_F(MarshalerSettingsTest, LaterSettingsDontReachAnExistingProxy) {
-  ASSERT_EQ(rt.SetOptions(connection, "userid='old', password='old'"), 0);
-  HostObject before = rt.CreateInstance(connection, "svc").proxy;
-  ASSERT_EQ(rt.SetOptions(connection, "userid='new', password='new', connectioncache=true"), 0);
-  ASSERT_EQ(rt.SetProxyServerOptions(connection, "address='gate'"), 0);
-  HostObject after = rt.CreateInstance(connection, "svc").proxy;
-
-  EXPECT_EQ(MarshalerOf(before).userId, "old");
-  EXPECT_EQ(MarshalerOf(before).password, "old");
-  EXPECT_FALSE(MarshalerOf(before).connectionCache);
-  EXPECT_EQ(MarshalerOf(before).proxyHost, "");
-  EXPECT_EQ(MarshalerOf(after).userId, "new");
-  EXPECT_TRUE(MarshalerOf(after).connectionCache);
-  EXPECT_EQ(MarshalerOf(after).proxyHost, "gate");
-
-  // The proxy keeps its settings after the connection is gone.
-  rt.DestroyObject(connection);
-  EXPECT_EQ(MarshalerOf(before).userId, "old");
-  EXPECT_EQ(MarshalerOf(before).GetModuleHandle(), MarshalerOf(after).GetModuleHandle());
+  SoapMarshaler& later = MarshalerOf(after);
+  EXPECT_EQ(std::tie(later.portName, later.userId, later.password, later.proxyHost),
+            std::tie("", "new", "Pw", "other"));
+  EXPECT_EQ(later.timeout, 0);
+  EXPECT_FALSE(later.connectionCache);
+  EXPECT_EQ(MarshalerOf(nullPort).portName, "");  // as for two arguments
+  EXPECT_NE(m.GetModuleHandle(), nullptr);
 }
 
 }  // namespace
