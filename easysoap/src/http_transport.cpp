@@ -199,23 +199,18 @@ void HttpTransport::SetHeaders(const SOAPString& soapAction) {
   if (headersBuilt_ && hasAction == headerHasAction_ && actionLine == headerAction_) return;
 
   curl_slist* list = nullptr;
-  for (const char* line : {"Content-Type: text/xml; charset=utf-8", "Accept: text/xml",
-                           "Expect:"}) {  // no 100-continue round trip before the body
+  auto append = [&list](const char* line) {
     curl_slist* grown = curl_slist_append(list, line);
     if (grown == nullptr) {
       curl_slist_free_all(list);
       throw SOAPMemoryException();
     }
     list = grown;
-  }
-  if (hasAction) {
-    curl_slist* grown = curl_slist_append(list, actionLine.c_str());
-    if (grown == nullptr) {
-      curl_slist_free_all(list);
-      throw SOAPMemoryException();
-    }
-    list = grown;
-  }
+  };
+  append("Content-Type: text/xml; charset=utf-8");
+  append("Accept: text/xml");
+  append("Expect:");  // no 100-continue round trip before the body
+  if (hasAction) append(actionLine.c_str());
   curl_easy_setopt(handle_, CURLOPT_HTTPHEADER, list);
   curl_slist_free_all(headers_);
   headers_ = list;

@@ -11,6 +11,12 @@ struct DebugLog {
   std::mutex lock;
   std::FILE* file = nullptr;
   int level = 0;
+
+  // With the lock held.
+  void CloseFile() {
+    if (file != nullptr) std::fclose(file);
+    file = nullptr;
+  }
 };
 
 DebugLog& Log() {
@@ -24,10 +30,7 @@ DebugLog& Log() {
 bool SOAPDebugger::SetFile(const char* path) {
   DebugLog& log = Log();
   std::lock_guard<std::mutex> guard(log.lock);
-  if (log.file != nullptr) {
-    std::fclose(log.file);
-    log.file = nullptr;
-  }
+  log.CloseFile();
   if (path == nullptr || *path == '\0') return false;
   log.file = std::fopen(path, "ab");
   return log.file != nullptr;
@@ -42,10 +45,7 @@ void SOAPDebugger::SetMessageLevel(int level) {
 void SOAPDebugger::Close() {
   DebugLog& log = Log();
   std::lock_guard<std::mutex> guard(log.lock);
-  if (log.file != nullptr) {
-    std::fclose(log.file);
-    log.file = nullptr;
-  }
+  log.CloseFile();
 }
 
 bool SOAPDebugger::IsLogging(int level) {

@@ -1,18 +1,47 @@
-// The echo operations: each answers with what it was sent.
+// The echo operations: each answers with what it was sent. One for strings, ints, an encoded
+// string array and a structure, and one for each kind of simple value the extension carries.
 #include "soapH.h"
 
-int ns__echoString(struct soap*, std::string input, std::string& result) {
+namespace {
+
+// Answers the value as it came. Values that point into the request (arrays, base64 bytes) live in
+// the call's gSOAP arena, which soap_serve frees only after the answer is sent.
+template <typename Value>
+int Echo(const Value& input, Value& result) {
   result = input;
   return SOAP_OK;
 }
 
-int ns__echoInt(struct soap*, int input, int& result) {
-  result = input;
-  return SOAP_OK;
+}  // namespace
+
+int ns__echoString(struct soap*, std::string input, std::string& result) {
+  return Echo(input, result);
+}
+int ns__echoInt(struct soap*, int input, int& result) { return Echo(input, result); }
+int ns__echoBoolean(struct soap*, bool input, bool& result) { return Echo(input, result); }
+int ns__echoShort(struct soap*, short input, short& result) { return Echo(input, result); }
+int ns__echoUnsignedShort(struct soap*, unsigned short input, unsigned short& result) {
+  return Echo(input, result);
+}
+int ns__echoUnsignedInt(struct soap*, unsigned int input, unsigned int& result) {
+  return Echo(input, result);
+}
+int ns__echoLong(struct soap*, LONG64 input, LONG64& result) { return Echo(input, result); }
+int ns__echoFloat(struct soap*, float input, float& result) { return Echo(input, result); }
+int ns__echoDouble(struct soap*, double input, double& result) { return Echo(input, result); }
+int ns__echoDecimal(struct soap*, xsd__decimal input, xsd__decimal& result) {
+  return Echo(input, result);
+}
+int ns__echoDate(struct soap*, xsd__date input, xsd__date& result) { return Echo(input, result); }
+int ns__echoTime(struct soap*, xsd__time input, xsd__time& result) { return Echo(input, result); }
+int ns__echoDateTime(struct soap*, xsd__dateTime input, xsd__dateTime& result) {
+  return Echo(input, result);
+}
+int ns__echoBase64(struct soap*, xsd__base64Binary input, struct ns__echoBase64Response& response) {
+  return Echo(input, response.result);
 }
 
 int ns__echoStringArray(struct soap* soap, ArrayOfstring* input, ArrayOfstring* result) {
-  // Arrays live in the call's gSOAP arena, which soap_serve frees after the answer is sent.
   result->__size = input != nullptr ? input->__size : 0;
   result->__ptr = result->__size > 0 ? soap_new_std__string(soap, result->__size) : nullptr;
   for (int i = 0; i < result->__size; ++i) result->__ptr[i] = input->__ptr[i];

@@ -162,7 +162,7 @@ struct ns__resultAsTypeNameResponse {
 };
 int ns__resultAsTypeName(std::string input, struct ns__resultAsTypeNameResponse& response);
 
-// --- value operations (value_operations.cpp) -----------------------------------------------
+// --- value operations (echo_operations.cpp) ------------------------------------------------
 
 // One echo for each kind of simple value the extension carries, with the XML type the
 // extension's table serves that kind with. Decimals, dates and times come back as the very text
