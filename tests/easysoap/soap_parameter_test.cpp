@@ -7,24 +7,26 @@
 
 #include <string>
 
-#include "support/values/soap_exception.h"
+#include "easysoap/library_test_support.h"
 
 namespace tssoap::test {
 namespace {
 
-using ::testing::HasSubstr;
-
+// root (urn:r, one attribute): a "1", b {inner "deep"}, a "second a".
 SOAPParameter Sample() {
   SOAPParameter root;
   root.SetName("root", "urn:r");
   root.AddAttribute(SOAPQName("type", "urn:xsi")).Set("T", "urn:t");
-  SOAPParameter& a = root.AddParameter("a");
-  a.SetString("1");
+  root.AddParameter("a").SetString("1");
   SOAPParameter& b = root.AddParameter("b");
   b.SetIsStruct();
   b.AddParameter("inner").SetString("deep");
   root.AddParameter("a").SetString("second a");
   return root;
+}
+
+const char* Inner(const SOAPParameter& root) {
+  return root.GetParameter("b").GetParameter("inner").GetString().CStr();
 }
 
 TEST(SoapParameterTest, FindsChildrenByLocalNameInDocumentOrder) {
@@ -34,14 +36,9 @@ TEST(SoapParameterTest, FindsChildrenByLocalNameInDocumentOrder) {
   EXPECT_STREQ(root.GetParameter("a").GetString().CStr(), "1") << "the first of two";
   EXPECT_STREQ(root.GetParams()[2]->GetString().CStr(), "second a");
   EXPECT_NE(root.FindParameter("qualified"), nullptr) << "the namespace plays no part";
-  EXPECT_EQ(root.FindParameter("missing"), nullptr);
   EXPECT_EQ(root.FindParameter(nullptr), nullptr);
-  try {
-    root.GetParameter("missing");
-    FAIL() << "no exception";
-  } catch (const SOAPException& e) {
-    EXPECT_STREQ(e.What(), "The element 'root' has no child element named 'missing'");
-  }
+  Outcome missing = Attempt([&] { root.GetParameter("missing"); });
+  EXPECT_EQ(missing.text, "The element 'root' has no child element named 'missing'");
 }
 
 TEST(SoapParameterTest, CopiesAreDeepAndIndependent) {
@@ -56,25 +53,22 @@ TEST(SoapParameterTest, CopiesAreDeepAndIndependent) {
     changed->AddAttribute(SOAPQName("type", "urn:xsi")).SetName("U");
   }
   EXPECT_EQ(original.GetParams().Size(), 3u);
-  EXPECT_STREQ(original.GetParameter("b").GetParameter("inner").GetString().CStr(), "deep");
+  EXPECT_STREQ(Inner(original), "deep");
   EXPECT_TRUE(original.GetParameter("b").IsStruct());
   EXPECT_EQ(assigned.FindParameter("old"), nullptr) << "assignment replaces";
   EXPECT_STREQ(assigned.GetName().GetNamespace().CStr(), "urn:r");
-  auto type = original.GetAttributes().Find(SOAPQName("type", "urn:xsi"));
-  EXPECT_STREQ(type.Value().GetName().CStr(), "T");
+  EXPECT_STREQ(original.GetAttributes().Begin().Value().GetName().CStr(), "T");
 
   SOAPParameter& self = original;
   original = self;
   EXPECT_EQ(original.GetParams().Size(), 3u);
   // Assigning a descendant to its ancestor copies it before the old children go.
-  SOAPParameter& b = const_cast<SOAPParameter&>(original.GetParameter("b"));
-  original = b;
+  original = original.GetParameter("b");
   EXPECT_STREQ(original.GetParameter("inner").GetString().CStr(), "deep");
 }
 
 TEST(SoapParameterTest, ClearValueEmptiesTheValueButKeepsAttributes) {
   SOAPParameter root = Sample();
-  root.SetString("text");
   root.SetNull();
   root.SetIsStruct();
   root.ClearValue();
@@ -83,8 +77,6 @@ TEST(SoapParameterTest, ClearValueEmptiesTheValueButKeepsAttributes) {
   EXPECT_FALSE(root.IsNull());
   EXPECT_FALSE(root.IsStruct());
   EXPECT_EQ(root.GetAttributes().Count(), 1u);
-  root.AddParameter("again");
-  EXPECT_EQ(root.GetParams().Size(), 1u);
 }
 
 TEST(SoapParameterTest, AMultiReferenceElementShowsTheReferencedDataAndCopiesItAsItsOwn) {
@@ -93,11 +85,7 @@ TEST(SoapParameterTest, AMultiReferenceElementShowsTheReferencedDataAndCopiesItA
   referrer.SetName("ref", nullptr);
   referrer.AddAttribute(SOAPQName("href", nullptr)).SetName("#t");
   referrer.PointValueAt(&target.GetValue());
-  EXPECT_STREQ(referrer.GetParameter("b").GetParameter("inner").GetString().CStr(), "deep");
-  EXPECT_EQ(referrer.GetAttributes().Count(), 1u);
-  EXPECT_TRUE(referrer.GetAttributes().Find(SOAPQName("type", "urn:xsi")) !=
-              referrer.GetAttributes().End());
-  EXPECT_EQ(referrer.GetOwnValue().attributes.Count(), 1u);
+  EXPECT_STREQ(Inner(referrer), "deep");
 
   SOAPParameter copy(referrer);
   EXPECT_EQ(&copy.GetValue(), &copy.GetOwnValue());
