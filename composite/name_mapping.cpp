@@ -169,6 +169,8 @@ bool ReservedWordSet::Contains(std::string_view lowerCaseWord) const {
   return std::binary_search(kReservedWords.begin(), kReservedWords.end(), lowerCaseWord);
 }
 
+size_t ReservedWordSet::Size() const { return kReservedWords.size(); }
+
 std::string ReservedWordSet::MapFieldName(std::string_view name) const {
   if (!Contains(LowerCaseText(name))) return std::string(name);
   std::string mapped;

@@ -3,6 +3,7 @@
 // variable name (reserved words get "ws_" in front).
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,8 @@ class ReservedWordSet {
  public:
   virtual ~ReservedWordSet() = default;
   bool Contains(std::string_view lowerCaseWord) const;
+  // How many words the set holds.
+  size_t Size() const;
   // name unchanged, or "ws_" + name when its lower-case form is reserved.
   std::string MapFieldName(std::string_view name) const;
 };
