@@ -17,43 +17,13 @@ bool IsIntegerKind(HostValueKind kind) {
   }
 }
 
+// The thing a handle names, copied into data; data stays empty for a handle that names nothing.
+template <typename Table>
+void CopyFound(const Table& table, uint32_t handle, Value::Data& data) {
+  if (auto found = table.find(handle); found != table.end()) data = found->second;
+}
+
 }  // namespace
-
-HostString Runtime::Model::AddString(std::string text) {
-  HostString handle = NewHandle();
-  strings.emplace(handle, std::move(text));
-  return handle;
-}
-
-HostBlob Runtime::Model::AddBlob(std::vector<uint8_t> bytes) {
-  HostBlob handle = NewHandle();
-  blobs.emplace(handle, std::move(bytes));
-  return handle;
-}
-
-HostDecimal Runtime::Model::AddDecimal(std::string text) {
-  HostDecimal handle = NewHandle();
-  decimals.emplace(handle, std::move(text));
-  return handle;
-}
-
-HostDate Runtime::Model::AddDate(DateParts parts) {
-  HostDate handle = NewHandle();
-  dates.emplace(handle, parts);
-  return handle;
-}
-
-HostTime Runtime::Model::AddTime(TimeParts parts) {
-  HostTime handle = NewHandle();
-  times.emplace(handle, parts);
-  return handle;
-}
-
-HostDateTime Runtime::Model::AddDateTime(DateTimeParts parts) {
-  HostDateTime handle = NewHandle();
-  datetimes.emplace(handle, parts);
-  return handle;
-}
 
 HostArray Runtime::Model::AddArray(HostValueKind itemKind, bool objectItems, HostClass itemClass,
                                    bool bounded, int32_t length) {
@@ -67,24 +37,15 @@ HostArray Runtime::Model::AddArray(HostValueKind itemKind, bool objectItems, Hos
 }
 
 ClassDef* Runtime::Model::FindClassDef(HostClass cls, const char* operation) {
-  auto found = classes.find(cls);
-  if (found != classes.end()) return &found->second;
-  Misuse(std::string(operation) + ": unknown class " + std::to_string(cls));
-  return nullptr;
+  return Known(classes, cls, operation, "class");
 }
 
 ObjectData* Runtime::Model::FindObject(HostObject object, const char* operation) {
-  auto found = objects.find(object);
-  if (found != objects.end()) return &found->second;
-  Misuse(std::string(operation) + ": unknown object " + std::to_string(object));
-  return nullptr;
+  return Known(objects, object, operation, "object");
 }
 
 ArrayData* Runtime::Model::FindArray(HostArray array, const char* operation) {
-  auto found = arrays.find(array);
-  if (found != arrays.end()) return &found->second;
-  Misuse(std::string(operation) + ": unknown array " + std::to_string(array));
-  return nullptr;
+  return Known(arrays, array, operation, "array");
 }
 
 HostClass Runtime::Model::ClassByName(std::string_view name) const {
@@ -217,25 +178,22 @@ Value Runtime::Model::Load(HostValueKind kind, bool isArray, bool isObject,
       value.data = stored.real;
       break;
     case kHostString:
-    case kHostDecimal: {
-      auto& texts = kind == kHostString ? strings : decimals;
-      auto found = texts.find(stored.handle);
-      if (found != texts.end()) value.data = found->second;
+      CopyFound(strings, stored.handle, value.data);
       break;
-    }
+    case kHostDecimal:
+      CopyFound(decimals, stored.handle, value.data);
+      break;
     case kHostBlob:
-      if (auto found = blobs.find(stored.handle); found != blobs.end()) value.data = found->second;
+      CopyFound(blobs, stored.handle, value.data);
       break;
     case kHostDate:
-      if (auto found = dates.find(stored.handle); found != dates.end()) value.data = found->second;
+      CopyFound(dates, stored.handle, value.data);
       break;
     case kHostTime:
-      if (auto found = times.find(stored.handle); found != times.end()) value.data = found->second;
+      CopyFound(times, stored.handle, value.data);
       break;
     case kHostDateTime:
-      if (auto found = datetimes.find(stored.handle); found != datetimes.end()) {
-        value.data = found->second;
-      }
+      CopyFound(datetimes, stored.handle, value.data);
       break;
     default:
       if (IsIntegerKind(kind)) value.data = stored.integer;

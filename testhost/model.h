@@ -80,6 +80,17 @@ struct Runtime::CallFrame final : IHostArguments {
     info.arguments = this;
     info.hostState = this;
   }
+  // A frame holding cells made from the argument values and the result value.
+  CallFrame(Runtime& owner, const std::vector<Value>& args, const Value& resultValue, bool strict)
+      : CallFrame(owner) {
+    for (const Value& arg : args) arguments.push_back(owner.MakeCell(arg));
+    SetResult(owner.MakeCell(resultValue), strict);
+  }
+  // The values of the result and the arguments as the call left them.
+  void ReadBack(Value& resultValue, std::vector<Value>& argumentValues) const {
+    resultValue = runtime.ReadCell(*result);
+    for (const auto& cell : arguments) argumentValues.push_back(runtime.ReadCell(*cell));
+  }
   int16_t GetCount() override {
     runtime.Note("GetCount");
     return static_cast<int16_t>(arguments.size());
@@ -136,15 +147,31 @@ struct Runtime::Model {
   uint32_t NewHandle() { return nextHandle++; }
   void Misuse(std::string message) { misuses.push_back(std::move(message)); }
 
-  HostString AddString(std::string text);
-  HostBlob AddBlob(std::vector<uint8_t> bytes);
-  HostDecimal AddDecimal(std::string text);
-  HostDate AddDate(DateParts parts);
-  HostTime AddTime(TimeParts parts);
-  HostDateTime AddDateTime(DateTimeParts parts);
+  // Stores a thing under a new handle.
+  template <typename Thing>
+  uint32_t Add(std::unordered_map<uint32_t, Thing>& table, Thing thing) {
+    uint32_t handle = NewHandle();
+    table.emplace(handle, std::move(thing));
+    return handle;
+  }
+  HostString AddString(std::string text) { return Add(strings, std::move(text)); }
+  HostBlob AddBlob(std::vector<uint8_t> bytes) { return Add(blobs, std::move(bytes)); }
+  HostDecimal AddDecimal(std::string text) { return Add(decimals, std::move(text)); }
+  HostDate AddDate(DateParts parts) { return Add(dates, parts); }
+  HostTime AddTime(TimeParts parts) { return Add(times, parts); }
+  HostDateTime AddDateTime(DateTimeParts parts) { return Add(datetimes, parts); }
   HostArray AddArray(HostValueKind itemKind, bool objects, HostClass itemClass, bool bounded,
                      int32_t length);
 
+  // The thing a handle names; null, the misuse recorded, when it names none.
+  template <typename Thing>
+  Thing* Known(std::unordered_map<uint32_t, Thing>& table, uint32_t handle, const char* operation,
+               const char* what) {
+    auto found = table.find(handle);
+    if (found != table.end()) return &found->second;
+    Misuse(std::string(operation) + ": unknown " + what + " " + std::to_string(handle));
+    return nullptr;
+  }
   ClassDef* FindClassDef(HostClass cls, const char* operation);
   ObjectData* FindObject(HostObject object, const char* operation);
   ArrayData* FindArray(HostArray array, const char* operation);

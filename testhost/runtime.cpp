@@ -360,13 +360,10 @@ Runtime::InvokeOutcome Runtime::InvokeExtension(HostObject object, uint16_t meth
     throw std::invalid_argument("object " + std::to_string(object) + " is no extension object");
   }
   IHostNonVisualObject* instance = found->second.instance;
-  CallFrame frame(*this);
-  for (const Value& arg : args) frame.arguments.push_back(MakeCell(arg));
-  frame.SetResult(MakeCell(resultPrototype), false);
+  CallFrame frame(*this, args, resultPrototype, false);
   InvokeOutcome outcome;
   outcome.status = instance->Invoke(this, object, method, &frame.info);
-  outcome.result = ReadCell(*frame.result);
-  for (const auto& cell : frame.arguments) outcome.arguments.push_back(ReadCell(*cell));
+  frame.ReadBack(outcome.result, outcome.arguments);
   if (touched != nullptr) *touched = frame.result->Touched();
   return outcome;
 }
@@ -383,11 +380,6 @@ Value TextOrNull(const char* text) {
   return text != nullptr ? Value::String(text) : Value::Null(kHostString);
 }
 
-std::optional<int32_t> LongResult(const Value& result, bool touched) {
-  if (!touched || result.isNull || result.kind != kHostLong) return std::nullopt;
-  return static_cast<int32_t>(result.AsInt());
-}
-
 // The method numbers of soapconnection, by their place in the class description.
 constexpr uint16_t kCreateInstanceWithPort = 1;
 constexpr uint16_t kCreateInstance = 2;
@@ -396,18 +388,21 @@ constexpr uint16_t kSetProxyServerOptions = 4;
 
 }  // namespace
 
-std::optional<int32_t> Runtime::SetOptions(HostObject connection, const char* options) {
+std::optional<int32_t> Runtime::InvokeOptions(HostObject connection, uint16_t method,
+                                              const char* options) {
   bool touched = false;
-  InvokeOutcome outcome = InvokeExtension(connection, kSetOptions, {TextOrNull(options)},
-                                          Value::Null(kHostLong), &touched);
-  return LongResult(outcome.result, touched);
+  InvokeOutcome outcome =
+      InvokeExtension(connection, method, {TextOrNull(options)}, Value::Null(kHostLong), &touched);
+  if (!touched || outcome.result.isNull || outcome.result.kind != kHostLong) return std::nullopt;
+  return static_cast<int32_t>(outcome.result.AsInt());
+}
+
+std::optional<int32_t> Runtime::SetOptions(HostObject connection, const char* options) {
+  return InvokeOptions(connection, kSetOptions, options);
 }
 
 std::optional<int32_t> Runtime::SetProxyServerOptions(HostObject connection, const char* options) {
-  bool touched = false;
-  InvokeOutcome outcome = InvokeExtension(connection, kSetProxyServerOptions, {TextOrNull(options)},
-                                          Value::Null(kHostLong), &touched);
-  return LongResult(outcome.result, touched);
+  return InvokeOptions(connection, kSetProxyServerOptions, options);
 }
 
 namespace {
@@ -482,12 +477,9 @@ CallOutcome Runtime::Call(HostObject proxy, const std::string& description,
     outcome.arguments = std::move(arguments);
     return outcome;
   }
-  CallFrame frame(*this);
-  for (const Value& arg : arguments) frame.arguments.push_back(MakeCell(arg));
-  frame.SetResult(MakeCell(result), true);
+  CallFrame frame(*this, arguments, result, true);
   outcome.status = marshaler->InvokeRemoteMethod(this, proxy, description.c_str(), &frame.info);
-  outcome.result = ReadCell(*frame.result);
-  for (const auto& cell : frame.arguments) outcome.arguments.push_back(ReadCell(*cell));
+  frame.ReadBack(outcome.result, outcome.arguments);
   if (pendingException_ != 0) {
     outcome.exceptionObject = TakePendingException();
     outcome.exception = ReadException(outcome.exceptionObject);

@@ -52,6 +52,94 @@ bool HandleKnown(const Runtime::Model& model, int kind, uint32_t handle) {
 Runtime::Stored Integer(int64_t value) { return Runtime::Stored{false, value, 0, 0}; }
 Runtime::Stored Real(double value) { return Runtime::Stored{false, 0, value, 0}; }
 Runtime::Stored Handle(uint32_t handle) { return Runtime::Stored{handle == 0, 0, 0, handle}; }
+const Runtime::Stored kNullSlot{true, 0, 0, 0};
+
+// The slot of a field of an object for access of that kind; null, the misuse recorded, when the
+// object, its class or the field is unknown or the field holds another kind.
+Runtime::Stored* FieldSlot(Runtime::Model& model, const char* operation, HostObject object,
+                           HostFieldId field, int kind) {
+  ObjectData* data = model.FindObject(object, operation);
+  ClassDef* cls = data != nullptr ? model.FindClassDef(data->cls, operation) : nullptr;
+  if (cls == nullptr) return nullptr;
+  if (field >= cls->fields.size()) {
+    model.Misuse(Where(operation, object) + " has no field " + std::to_string(field));
+    return nullptr;
+  }
+  const FieldSpec& spec = cls->fields[field];
+  if (!SlotMatches(spec.isArray, spec.isObject, spec.kind, kind)) {
+    model.Misuse(std::string(operation) + " on field " + spec.name + " of another kind");
+    return nullptr;
+  }
+  return &data->fields[field];
+}
+
+// The array an item number is used on for access of that kind; null, the misuse recorded, when the
+// array is unknown, the number lies outside it (an unbounded array grows as items are written),
+// or the array holds another kind.
+ArrayData* ItemArray(Runtime::Model& model, const char* operation, HostArray array,
+                     const int32_t* item, int kind, bool writing) {
+  ArrayData* data = model.FindArray(array, operation);
+  if (data == nullptr) return nullptr;
+  bool beyond = item != nullptr && static_cast<size_t>(*item) > data->items.size() &&
+                (!writing || data->bounded);
+  if (item == nullptr || *item < 1 || beyond) {
+    model.Misuse(Where(operation, array) + ": item " + (item ? std::to_string(*item) : "null") +
+                 " of " + std::to_string(data->items.size()));
+    return nullptr;
+  }
+  if (!SlotMatches(false, data->objects, data->itemKind, kind)) {
+    model.Misuse(std::string(operation) + " on an array of another kind");
+    return nullptr;
+  }
+  return data;
+}
+
+// A value may be stored when it is null or names a thing of its kind; else the misuse is recorded.
+bool Storable(Runtime::Model& model, const char* operation, int kind,
+              const Runtime::Stored& value) {
+  if (value.isNull || HandleKnown(model, kind, value.handle)) return true;
+  model.Misuse(std::string(operation) + " with unknown handle " + std::to_string(value.handle));
+  return false;
+}
+
+// The thing a handle names in one of the model's tables; null, the misuse recorded, when there is
+// none.
+template <typename Table>
+typename Table::mapped_type* Named(Runtime::Model& model, Table& table, const char* operation,
+                                   uint32_t handle, const char* what) {
+  auto found = table.find(handle);
+  if (found != table.end()) return &found->second;
+  model.Misuse(Where(operation, handle) + " is no " + what);
+  return nullptr;
+}
+
+// The declaration of a field of a class; null, the misuse recorded, when there is none.
+const FieldSpec* DeclaredField(Runtime::Model& model, const char* operation, HostClass cls,
+                               HostFieldId field) {
+  ClassDef* def = model.FindClassDef(cls, operation);
+  if (def != nullptr && field < def->fields.size()) return &def->fields[field];
+  model.Misuse(Where(operation, cls) + " has no field " + std::to_string(field));
+  return nullptr;
+}
+
+// How a Stored holds the value of an accessor's kind.
+enum class Held { kInteger, kBoolean, kReal, kHandle };
+
+template <typename T, Held held>
+T Take(const Runtime::Stored& stored, HostBool trueValue) {
+  if constexpr (held == Held::kInteger) return static_cast<T>(stored.integer);
+  if constexpr (held == Held::kBoolean) return stored.integer != 0 ? trueValue : HostBool{0};
+  if constexpr (held == Held::kReal) return static_cast<T>(stored.real);
+  if constexpr (held == Held::kHandle) return stored.handle;
+}
+
+template <Held held, typename T>
+Runtime::Stored Keep(T value) {
+  if constexpr (held == Held::kInteger) return Integer(value);
+  if constexpr (held == Held::kBoolean) return Integer(value != 0 ? 1 : 0);
+  if constexpr (held == Held::kReal) return Real(value);
+  if constexpr (held == Held::kHandle) return Handle(value);
+}
 
 }  // namespace
 
@@ -60,64 +148,27 @@ Runtime::Stored Handle(uint32_t handle) { return Runtime::Stored{handle == 0, 0,
 Runtime::Stored Runtime::ReadFieldSlot(const char* operation, HostObject object, HostFieldId field,
                                        int kind, HostBool* isNull) {
   Note(operation);
-  Stored none{true, 0, 0, 0};
   if (isNull == nullptr) Misuse(std::string(operation) + ": no null flag to fill");
-  ObjectData* data = model_->FindObject(object, operation);
-  ClassDef* cls = data != nullptr ? model_->FindClassDef(data->cls, operation) : nullptr;
-  if (cls == nullptr) return none;
-  if (field >= cls->fields.size()) {
-    Misuse(Where(operation, object) + " has no field " + std::to_string(field));
-    return none;
-  }
-  const FieldSpec& spec = cls->fields[field];
-  if (!SlotMatches(spec.isArray, spec.isObject, spec.kind, kind)) {
-    Misuse(std::string(operation) + " on field " + spec.name + " of another kind");
-    return none;
-  }
-  Stored stored = data->fields[field];
-  if (isNull != nullptr) *isNull = Answer(stored.isNull);
-  return stored;
+  const Stored* slot = FieldSlot(*model_, operation, object, field, kind);
+  if (slot == nullptr) return kNullSlot;
+  if (isNull != nullptr) *isNull = Answer(slot->isNull);
+  return *slot;
 }
 
 void Runtime::WriteFieldSlot(const char* operation, HostObject object, HostFieldId field, int kind,
                              const Stored& value) {
   Note(operation);
-  ObjectData* data = model_->FindObject(object, operation);
-  ClassDef* cls = data != nullptr ? model_->FindClassDef(data->cls, operation) : nullptr;
-  if (cls == nullptr) return;
-  if (field >= cls->fields.size()) {
-    Misuse(Where(operation, object) + " has no field " + std::to_string(field));
-    return;
-  }
-  const FieldSpec& spec = cls->fields[field];
-  if (!SlotMatches(spec.isArray, spec.isObject, spec.kind, kind)) {
-    Misuse(std::string(operation) + " on field " + spec.name + " of another kind");
-    return;
-  }
-  if (!value.isNull && !HandleKnown(*model_, kind, value.handle)) {
-    Misuse(std::string(operation) + " with unknown handle " + std::to_string(value.handle));
-    return;
-  }
-  data->fields[field] = value;
+  Stored* slot = FieldSlot(*model_, operation, object, field, kind);
+  if (slot != nullptr && Storable(*model_, operation, kind, value)) *slot = value;
 }
 
 Runtime::Stored Runtime::ReadItemSlot(const char* operation, HostArray array, const int32_t* item,
                                       int kind, HostBool* isNull) {
   Note(operation);
-  Stored none{true, 0, 0, 0};
   if (isNull == nullptr) Misuse(std::string(operation) + ": no null flag to fill");
-  ArrayData* data = model_->FindArray(array, operation);
-  if (data == nullptr) return none;
-  if (item == nullptr || *item < 1 || static_cast<size_t>(*item) > data->items.size()) {
-    Misuse(Where(operation, array) + ": item " + (item ? std::to_string(*item) : "null") + " of " +
-           std::to_string(data->items.size()));
-    return none;
-  }
-  if (!SlotMatches(false, data->objects, data->itemKind, kind)) {
-    Misuse(std::string(operation) + " on an array of another kind");
-    return none;
-  }
-  Stored stored = data->items[static_cast<size_t>(*item - 1)];
+  const ArrayData* data = ItemArray(*model_, operation, array, item, kind, false);
+  if (data == nullptr) return kNullSlot;
+  const Stored& stored = data->items[static_cast<size_t>(*item - 1)];
   if (isNull != nullptr) *isNull = Answer(stored.isNull);
   return stored;
 }
@@ -125,28 +176,55 @@ Runtime::Stored Runtime::ReadItemSlot(const char* operation, HostArray array, co
 void Runtime::WriteItemSlot(const char* operation, HostArray array, const int32_t* item, int kind,
                             const Stored& value) {
   Note(operation);
-  ArrayData* data = model_->FindArray(array, operation);
-  if (data == nullptr) return;
-  if (item == nullptr || *item < 1 ||
-      (data->bounded && static_cast<size_t>(*item) > data->items.size())) {
-    Misuse(Where(operation, array) + ": item " + (item ? std::to_string(*item) : "null") + " of " +
-           std::to_string(data->items.size()));
-    return;
-  }
-  if (!SlotMatches(false, data->objects, data->itemKind, kind)) {
-    Misuse(std::string(operation) + " on an array of another kind");
-    return;
-  }
-  if (!value.isNull && !HandleKnown(*model_, kind, value.handle)) {
-    Misuse(std::string(operation) + " with unknown handle " + std::to_string(value.handle));
-    return;
-  }
+  ArrayData* data = ItemArray(*model_, operation, array, item, kind, true);
+  if (data == nullptr || !Storable(*model_, operation, kind, value)) return;
   // An unbounded array grows as items are written; items never written are null.
   if (static_cast<size_t>(*item) > data->items.size()) {
-    data->items.resize(static_cast<size_t>(*item), Stored{true, 0, 0, 0});
+    data->items.resize(static_cast<size_t>(*item), kNullSlot);
   }
   data->items[static_cast<size_t>(*item - 1)] = value;
 }
+
+// Every kind that fields and array items hold alike: the name in its accessors, its type, its slot
+// kind, and how a Stored holds it. One table, so that no accessor can pair a kind with another
+// kind's slot or conversion.
+#define TESTHOST_SLOT_KINDS(X)                      \
+  X(Int, int16_t, kHostInt, kInteger)               \
+  X(Long, int32_t, kHostLong, kInteger)             \
+  X(Real, float, kHostReal, kReal)                  \
+  X(Double, double, kHostDouble, kReal)             \
+  X(Decimal, HostDecimal, kHostDecimal, kHandle)    \
+  X(String, HostString, kHostString, kHandle)       \
+  X(Boolean, HostBool, kHostBoolean, kBoolean)      \
+  X(Uint, uint16_t, kHostUint, kInteger)            \
+  X(Ulong, uint32_t, kHostUlong, kInteger)          \
+  X(Blob, HostBlob, kHostBlob, kHandle)             \
+  X(Date, HostDate, kHostDate, kHandle)             \
+  X(Time, HostTime, kHostTime, kHandle)             \
+  X(DateTime, HostDateTime, kHostDateTime, kHandle) \
+  X(LongLong, int64_t, kHostLongLong, kInteger)     \
+  X(Object, HostObject, kObjectSlot, kHandle)
+
+#define TESTHOST_SLOT_ACCESSORS(Name, Type, kind, held)                                    \
+  Type Runtime::Get##Name##Field(HostObject object, HostFieldId field, HostBool* isNull) { \
+    return Take<Type, Held::held>(ReadFieldSlot(__func__, object, field, kind, isNull),    \
+                                  Answer(true));                                           \
+  }                                                                                        \
+  void Runtime::Set##Name##Field(HostObject object, HostFieldId field, Type value) {       \
+    WriteFieldSlot(__func__, object, field, kind, Keep<Held::held>(value));                \
+  }                                                                                        \
+  Type Runtime::Get##Name##ArrayItem(HostArray array, int32_t* item, HostBool* isNull) {   \
+    return Take<Type, Held::held>(ReadItemSlot(__func__, array, item, kind, isNull),       \
+                                  Answer(true));                                           \
+  }                                                                                        \
+  void Runtime::Set##Name##ArrayItem(HostArray array, int32_t* item, Type value) {         \
+    WriteItemSlot(__func__, array, item, kind, Keep<Held::held>(value));                   \
+  }
+
+TESTHOST_SLOT_KINDS(TESTHOST_SLOT_ACCESSORS)
+
+#undef TESTHOST_SLOT_ACCESSORS
+#undef TESTHOST_SLOT_KINDS
 
 // ---- Classes, calls and exceptions ------------------------------------------------------------
 
@@ -302,127 +380,29 @@ HostBool Runtime::IsFieldNull(HostObject object, HostFieldId field) {
 }
 
 void Runtime::SetFieldToNull(HostObject object, HostFieldId field) {
-  WriteFieldSlot(__func__, object, field, kAnySlot, Stored{true, 0, 0, 0});
+  WriteFieldSlot(__func__, object, field, kAnySlot, kNullSlot);
 }
 
 HostBool Runtime::IsFieldArray(HostClass cls, HostFieldId field) {
   Note(__func__);
-  ClassDef* def = model_->FindClassDef(cls, __func__);
-  if (def == nullptr || field >= def->fields.size()) {
-    Misuse(Where(__func__, cls) + " has no field " + std::to_string(field));
-    return 0;
-  }
-  return Answer(def->fields[field].isArray);
+  const FieldSpec* spec = DeclaredField(*model_, __func__, cls, field);
+  return spec != nullptr ? Answer(spec->isArray) : HostBool{0};
 }
 
 HostBool Runtime::IsFieldObject(HostClass cls, HostFieldId field) {
   Note(__func__);
-  ClassDef* def = model_->FindClassDef(cls, __func__);
-  if (def == nullptr || field >= def->fields.size()) {
-    Misuse(Where(__func__, cls) + " has no field " + std::to_string(field));
-    return 0;
-  }
-  return Answer(def->fields[field].isObject);
+  const FieldSpec* spec = DeclaredField(*model_, __func__, cls, field);
+  return spec != nullptr ? Answer(spec->isObject) : HostBool{0};
 }
 
-int16_t Runtime::GetIntField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return static_cast<int16_t>(ReadFieldSlot(__func__, object, field, kHostInt, isNull).integer);
-}
-int32_t Runtime::GetLongField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return static_cast<int32_t>(ReadFieldSlot(__func__, object, field, kHostLong, isNull).integer);
-}
-float Runtime::GetRealField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return static_cast<float>(ReadFieldSlot(__func__, object, field, kHostReal, isNull).real);
-}
-double Runtime::GetDoubleField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return ReadFieldSlot(__func__, object, field, kHostDouble, isNull).real;
-}
-HostDecimal Runtime::GetDecimalField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return ReadFieldSlot(__func__, object, field, kHostDecimal, isNull).handle;
-}
-HostString Runtime::GetStringField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return ReadFieldSlot(__func__, object, field, kHostString, isNull).handle;
-}
-HostBool Runtime::GetBooleanField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return Answer(ReadFieldSlot(__func__, object, field, kHostBoolean, isNull).integer != 0);
-}
-uint16_t Runtime::GetUintField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return static_cast<uint16_t>(ReadFieldSlot(__func__, object, field, kHostUint, isNull).integer);
-}
-uint32_t Runtime::GetUlongField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return static_cast<uint32_t>(ReadFieldSlot(__func__, object, field, kHostUlong, isNull).integer);
-}
-HostBlob Runtime::GetBlobField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return ReadFieldSlot(__func__, object, field, kHostBlob, isNull).handle;
-}
-HostDate Runtime::GetDateField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return ReadFieldSlot(__func__, object, field, kHostDate, isNull).handle;
-}
-HostTime Runtime::GetTimeField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return ReadFieldSlot(__func__, object, field, kHostTime, isNull).handle;
-}
-HostDateTime Runtime::GetDateTimeField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return ReadFieldSlot(__func__, object, field, kHostDateTime, isNull).handle;
-}
-int64_t Runtime::GetLongLongField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return ReadFieldSlot(__func__, object, field, kHostLongLong, isNull).integer;
-}
-HostObject Runtime::GetObjectField(HostObject object, HostFieldId field, HostBool* isNull) {
-  return ReadFieldSlot(__func__, object, field, kObjectSlot, isNull).handle;
-}
 HostArray Runtime::GetArrayField(HostObject object, HostFieldId field, HostBool* isNull) {
   return ReadFieldSlot(__func__, object, field, kArraySlot, isNull).handle;
 }
 
-void Runtime::SetIntField(HostObject object, HostFieldId field, int16_t value) {
-  WriteFieldSlot(__func__, object, field, kHostInt, Integer(value));
-}
-void Runtime::SetLongField(HostObject object, HostFieldId field, int32_t value) {
-  WriteFieldSlot(__func__, object, field, kHostLong, Integer(value));
-}
-void Runtime::SetRealField(HostObject object, HostFieldId field, float value) {
-  WriteFieldSlot(__func__, object, field, kHostReal, Real(value));
-}
-void Runtime::SetDoubleField(HostObject object, HostFieldId field, double value) {
-  WriteFieldSlot(__func__, object, field, kHostDouble, Real(value));
-}
-void Runtime::SetDecimalField(HostObject object, HostFieldId field, HostDecimal value) {
-  WriteFieldSlot(__func__, object, field, kHostDecimal, Handle(value));
-}
-void Runtime::SetStringField(HostObject object, HostFieldId field, HostString value) {
-  WriteFieldSlot(__func__, object, field, kHostString, Handle(value));
-}
 void Runtime::SetStringFieldText(HostObject object, HostFieldId field, const char* text) {
   if (text == nullptr) Misuse("SetStringFieldText: null text");
   WriteFieldSlot(__func__, object, field, kHostString,
                  Handle(model_->AddString(text != nullptr ? text : "")));
-}
-void Runtime::SetBooleanField(HostObject object, HostFieldId field, HostBool value) {
-  WriteFieldSlot(__func__, object, field, kHostBoolean, Integer(value != 0 ? 1 : 0));
-}
-void Runtime::SetUintField(HostObject object, HostFieldId field, uint16_t value) {
-  WriteFieldSlot(__func__, object, field, kHostUint, Integer(value));
-}
-void Runtime::SetUlongField(HostObject object, HostFieldId field, uint32_t value) {
-  WriteFieldSlot(__func__, object, field, kHostUlong, Integer(value));
-}
-void Runtime::SetBlobField(HostObject object, HostFieldId field, HostBlob value) {
-  WriteFieldSlot(__func__, object, field, kHostBlob, Handle(value));
-}
-void Runtime::SetDateField(HostObject object, HostFieldId field, HostDate value) {
-  WriteFieldSlot(__func__, object, field, kHostDate, Handle(value));
-}
-void Runtime::SetTimeField(HostObject object, HostFieldId field, HostTime value) {
-  WriteFieldSlot(__func__, object, field, kHostTime, Handle(value));
-}
-void Runtime::SetDateTimeField(HostObject object, HostFieldId field, HostDateTime value) {
-  WriteFieldSlot(__func__, object, field, kHostDateTime, Handle(value));
-}
-void Runtime::SetLongLongField(HostObject object, HostFieldId field, int64_t value) {
-  WriteFieldSlot(__func__, object, field, kHostLongLong, Integer(value));
-}
-void Runtime::SetObjectField(HostObject object, HostFieldId field, HostObject value) {
-  WriteFieldSlot(__func__, object, field, kObjectSlot, Handle(value));
 }
 void Runtime::SetArrayField(HostObject object, HostFieldId field, HostArray value) {
   WriteFieldSlot(__func__, object, field, kArraySlot, Handle(value));
@@ -466,99 +446,7 @@ void Runtime::ReleaseArrayInfo(HostArrayInfo* info) {
 }
 
 void Runtime::SetArrayItemToNull(HostArray array, int32_t* item) {
-  WriteItemSlot(__func__, array, item, kAnySlot, Stored{true, 0, 0, 0});
-}
-
-int16_t Runtime::GetIntArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return static_cast<int16_t>(ReadItemSlot(__func__, array, item, kHostInt, isNull).integer);
-}
-int32_t Runtime::GetLongArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return static_cast<int32_t>(ReadItemSlot(__func__, array, item, kHostLong, isNull).integer);
-}
-float Runtime::GetRealArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return static_cast<float>(ReadItemSlot(__func__, array, item, kHostReal, isNull).real);
-}
-double Runtime::GetDoubleArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return ReadItemSlot(__func__, array, item, kHostDouble, isNull).real;
-}
-HostDecimal Runtime::GetDecimalArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return ReadItemSlot(__func__, array, item, kHostDecimal, isNull).handle;
-}
-HostString Runtime::GetStringArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return ReadItemSlot(__func__, array, item, kHostString, isNull).handle;
-}
-HostBool Runtime::GetBooleanArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return Answer(ReadItemSlot(__func__, array, item, kHostBoolean, isNull).integer != 0);
-}
-uint16_t Runtime::GetUintArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return static_cast<uint16_t>(ReadItemSlot(__func__, array, item, kHostUint, isNull).integer);
-}
-uint32_t Runtime::GetUlongArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return static_cast<uint32_t>(ReadItemSlot(__func__, array, item, kHostUlong, isNull).integer);
-}
-HostBlob Runtime::GetBlobArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return ReadItemSlot(__func__, array, item, kHostBlob, isNull).handle;
-}
-HostDate Runtime::GetDateArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return ReadItemSlot(__func__, array, item, kHostDate, isNull).handle;
-}
-HostTime Runtime::GetTimeArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return ReadItemSlot(__func__, array, item, kHostTime, isNull).handle;
-}
-HostDateTime Runtime::GetDateTimeArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return ReadItemSlot(__func__, array, item, kHostDateTime, isNull).handle;
-}
-int64_t Runtime::GetLongLongArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return ReadItemSlot(__func__, array, item, kHostLongLong, isNull).integer;
-}
-HostObject Runtime::GetObjectArrayItem(HostArray array, int32_t* item, HostBool* isNull) {
-  return ReadItemSlot(__func__, array, item, kObjectSlot, isNull).handle;
-}
-
-void Runtime::SetIntArrayItem(HostArray array, int32_t* item, int16_t value) {
-  WriteItemSlot(__func__, array, item, kHostInt, Integer(value));
-}
-void Runtime::SetLongArrayItem(HostArray array, int32_t* item, int32_t value) {
-  WriteItemSlot(__func__, array, item, kHostLong, Integer(value));
-}
-void Runtime::SetRealArrayItem(HostArray array, int32_t* item, float value) {
-  WriteItemSlot(__func__, array, item, kHostReal, Real(value));
-}
-void Runtime::SetDoubleArrayItem(HostArray array, int32_t* item, double value) {
-  WriteItemSlot(__func__, array, item, kHostDouble, Real(value));
-}
-void Runtime::SetDecimalArrayItem(HostArray array, int32_t* item, HostDecimal value) {
-  WriteItemSlot(__func__, array, item, kHostDecimal, Handle(value));
-}
-void Runtime::SetStringArrayItem(HostArray array, int32_t* item, HostString value) {
-  WriteItemSlot(__func__, array, item, kHostString, Handle(value));
-}
-void Runtime::SetBooleanArrayItem(HostArray array, int32_t* item, HostBool value) {
-  WriteItemSlot(__func__, array, item, kHostBoolean, Integer(value != 0 ? 1 : 0));
-}
-void Runtime::SetUintArrayItem(HostArray array, int32_t* item, uint16_t value) {
-  WriteItemSlot(__func__, array, item, kHostUint, Integer(value));
-}
-void Runtime::SetUlongArrayItem(HostArray array, int32_t* item, uint32_t value) {
-  WriteItemSlot(__func__, array, item, kHostUlong, Integer(value));
-}
-void Runtime::SetBlobArrayItem(HostArray array, int32_t* item, HostBlob value) {
-  WriteItemSlot(__func__, array, item, kHostBlob, Handle(value));
-}
-void Runtime::SetDateArrayItem(HostArray array, int32_t* item, HostDate value) {
-  WriteItemSlot(__func__, array, item, kHostDate, Handle(value));
-}
-void Runtime::SetTimeArrayItem(HostArray array, int32_t* item, HostTime value) {
-  WriteItemSlot(__func__, array, item, kHostTime, Handle(value));
-}
-void Runtime::SetDateTimeArrayItem(HostArray array, int32_t* item, HostDateTime value) {
-  WriteItemSlot(__func__, array, item, kHostDateTime, Handle(value));
-}
-void Runtime::SetLongLongArrayItem(HostArray array, int32_t* item, int64_t value) {
-  WriteItemSlot(__func__, array, item, kHostLongLong, Integer(value));
-}
-void Runtime::SetObjectArrayItem(HostArray array, int32_t* item, HostObject value) {
-  WriteItemSlot(__func__, array, item, kObjectSlot, Handle(value));
+  WriteItemSlot(__func__, array, item, kAnySlot, kNullSlot);
 }
 
 // ---- Strings and blobs ------------------------------------------------------------------------
@@ -571,12 +459,8 @@ HostString Runtime::NewString(const char* text) {
 
 const char* Runtime::GetStringText(HostString string) {
   Note(__func__);
-  auto found = model_->strings.find(string);
-  if (found == model_->strings.end()) {
-    Misuse(Where(__func__, string) + " is no string");
-    return nullptr;
-  }
-  return found->second.c_str();
+  const std::string* text = Named(*model_, model_->strings, __func__, string, "string");
+  return text != nullptr ? text->c_str() : nullptr;
 }
 
 HostBlob Runtime::NewBlob(const void* data, uint32_t length) {
@@ -592,23 +476,16 @@ HostBlob Runtime::NewBlob(const void* data, uint32_t length) {
 
 uint32_t Runtime::GetBlobLength(HostBlob blob) {
   Note(__func__);
-  auto found = model_->blobs.find(blob);
-  if (found == model_->blobs.end()) {
-    Misuse(Where(__func__, blob) + " is no blob");
-    return 0;
-  }
-  return static_cast<uint32_t>(found->second.size());
+  const std::vector<uint8_t>* bytes = Named(*model_, model_->blobs, __func__, blob, "blob");
+  return bytes != nullptr ? static_cast<uint32_t>(bytes->size()) : 0;
 }
 
 const void* Runtime::GetBlobData(HostBlob blob) {
   Note(__func__);
   static const uint8_t kNoBytes = 0;
-  auto found = model_->blobs.find(blob);
-  if (found == model_->blobs.end()) {
-    Misuse(Where(__func__, blob) + " is no blob");
-    return nullptr;
-  }
-  return found->second.empty() ? &kNoBytes : found->second.data();
+  const std::vector<uint8_t>* bytes = Named(*model_, model_->blobs, __func__, blob, "blob");
+  if (bytes == nullptr) return nullptr;
+  return bytes->empty() ? &kNoBytes : bytes->data();
 }
 
 // ---- Dates and times --------------------------------------------------------------------------
@@ -630,69 +507,65 @@ HostDateTime Runtime::NewDateTime() {
 
 void Runtime::SetDateParts(HostDate date, int16_t year, int16_t month, int16_t day) {
   Note(__func__);
-  auto found = model_->dates.find(date);
-  if (found == model_->dates.end()) return Misuse(Where(__func__, date) + " is no date");
-  found->second = DateParts{year, month, day};
+  if (DateParts* parts = Named(*model_, model_->dates, __func__, date, "date")) {
+    *parts = DateParts{year, month, day};
+  }
 }
 
 void Runtime::SetTimeParts(HostTime time, int16_t hour, int16_t minute, double second) {
   Note(__func__);
-  auto found = model_->times.find(time);
-  if (found == model_->times.end()) return Misuse(Where(__func__, time) + " is no time");
-  found->second = TimeParts{hour, minute, second};
+  if (TimeParts* parts = Named(*model_, model_->times, __func__, time, "time")) {
+    *parts = TimeParts{hour, minute, second};
+  }
 }
 
 void Runtime::SetDateTimeParts(HostDateTime datetime, int16_t year, int16_t month, int16_t day,
                                int16_t hour, int16_t minute, double second) {
   Note(__func__);
-  auto found = model_->datetimes.find(datetime);
-  if (found == model_->datetimes.end()) {
-    return Misuse(Where(__func__, datetime) + " is no datetime");
+  if (DateTimeParts* parts = Named(*model_, model_->datetimes, __func__, datetime, "datetime")) {
+    *parts = DateTimeParts{{year, month, day}, {hour, minute, second}};
   }
-  found->second = DateTimeParts{{year, month, day}, {hour, minute, second}};
 }
 
 void Runtime::SplitDate(HostDate date, int16_t* year, int16_t* month, int16_t* day) {
   Note(__func__);
-  auto found = model_->dates.find(date);
-  if (found == model_->dates.end()) return Misuse(Where(__func__, date) + " is no date");
+  const DateParts* parts = Named(*model_, model_->dates, __func__, date, "date");
+  if (parts == nullptr) return;
   if (year == nullptr || month == nullptr || day == nullptr) {
     return Misuse("SplitDate: null out pointer");
   }
-  *year = found->second.year;
-  *month = found->second.month;
-  *day = found->second.day;
+  *year = parts->year;
+  *month = parts->month;
+  *day = parts->day;
 }
 
 void Runtime::SplitTime(HostTime time, int16_t* hour, int16_t* minute, double* second) {
   Note(__func__);
-  auto found = model_->times.find(time);
-  if (found == model_->times.end()) return Misuse(Where(__func__, time) + " is no time");
+  const TimeParts* parts = Named(*model_, model_->times, __func__, time, "time");
+  if (parts == nullptr) return;
   if (hour == nullptr || minute == nullptr || second == nullptr) {
     return Misuse("SplitTime: null out pointer");
   }
-  *hour = found->second.hour;
-  *minute = found->second.minute;
-  *second = found->second.second;
+  *hour = parts->hour;
+  *minute = parts->minute;
+  *second = parts->second;
 }
 
 void Runtime::SplitDateTime(HostDateTime datetime, int16_t* year, int16_t* month, int16_t* day,
                             int16_t* hour, int16_t* minute, double* second) {
   Note(__func__);
-  auto found = model_->datetimes.find(datetime);
-  if (found == model_->datetimes.end()) {
-    return Misuse(Where(__func__, datetime) + " is no datetime");
-  }
+  const DateTimeParts* parts = Named(*model_, model_->datetimes, __func__, datetime, "datetime");
+  if (parts == nullptr) return;
   if (year == nullptr || month == nullptr || day == nullptr || hour == nullptr ||
       minute == nullptr || second == nullptr) {
     return Misuse("SplitDateTime: null out pointer");
   }
-  *year = found->second.date.year;
-  *month = found->second.date.month;
-  *day = found->second.date.day;
-  *hour = found->second.time.hour;
-  *minute = found->second.time.minute;
-  *second = found->second.time.second;
+  *year = parts->date.year;
+  *month = parts->date.month;
+  *day = parts->date.day;
+  *hour = parts->time.hour;
+  *minute = parts->time.minute;
+  *second = parts->time.second;
 }
 
 // ---- Decimals ---------------------------------------------------------------------------------
@@ -704,22 +577,19 @@ HostDecimal Runtime::NewDecimal() {
 
 void Runtime::SetDecimalText(HostDecimal decimal, const char* text) {
   Note(__func__);
-  auto found = model_->decimals.find(decimal);
-  if (found == model_->decimals.end()) return Misuse(Where(__func__, decimal) + " is no decimal");
+  std::string* stored = Named(*model_, model_->decimals, __func__, decimal, "decimal");
+  if (stored == nullptr) return;
   if (text == nullptr) return Misuse("SetDecimalText: null text");
-  found->second = text;
+  *stored = text;
 }
 
 char* Runtime::GetDecimalText(HostDecimal decimal) {
   Note(__func__);
-  auto found = model_->decimals.find(decimal);
-  if (found == model_->decimals.end()) {
-    Misuse(Where(__func__, decimal) + " is no decimal");
-    return nullptr;
-  }
-  auto* text = static_cast<char*>(std::malloc(found->second.size() + 1));
+  const std::string* stored = Named(*model_, model_->decimals, __func__, decimal, "decimal");
+  if (stored == nullptr) return nullptr;
+  auto* text = static_cast<char*>(std::malloc(stored->size() + 1));
   if (text == nullptr) return nullptr;
-  std::memcpy(text, found->second.c_str(), found->second.size() + 1);
+  std::memcpy(text, stored->c_str(), stored->size() + 1);
   model_->decimalTexts.insert(text);
   return text;
 }

@@ -379,6 +379,8 @@ class Runtime final : public IHostSession {
   // outcome's values are read back after the call. touched tells whether the result was written.
   InvokeOutcome InvokeExtension(HostObject object, uint16_t method, std::vector<Value> args,
                                 const Value& resultPrototype, bool* touched);
+  // setoptions or setproxyserveroptions: the long result, nothing when none was written.
+  std::optional<int32_t> InvokeOptions(HostObject connection, uint16_t method, const char* options);
   void DeclareExtensionClasses();
   HostObject CreateObject(HostClass cls);
   // Typed access to fields and items; kind is a HostValueKind, kObjectSlot or kArraySlot, and a
