@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -32,16 +33,13 @@ bool WaitForExit(pid_t pid, std::chrono::milliseconds timeout) {
 }  // namespace
 
 ChildProcess::ChildProcess(const std::string& program, const std::vector<std::string>& arguments) {
-  int input[2];
-  int output[2];
-  if (pipe2(input, O_CLOEXEC) != 0) {
+  int input[2] = {-1, -1};
+  int output[2] = {-1, -1};
+  if (pipe2(input, O_CLOEXEC) != 0 || pipe2(output, O_CLOEXEC) != 0) {
     error_ = std::string("pipe: ") + std::strerror(errno);
-    return;
-  }
-  if (pipe2(output, O_CLOEXEC) != 0) {
-    error_ = std::string("pipe: ") + std::strerror(errno);
-    close(input[0]);
-    close(input[1]);
+    for (int fd : {input[0], input[1]}) {
+      if (fd >= 0) close(fd);
+    }
     return;
   }
   // Nothing must die of a write to the stdin pipe of a program that has gone already.
@@ -118,17 +116,9 @@ void ChildProcess::ReadOutput(int fd) {
   changed_.notify_all();
 }
 
-std::vector<std::string> ChildProcess::Lines() const {
-  std::lock_guard<std::mutex> guard(lock_);
-  return lines_;
-}
-
 size_t ChildProcess::CountLinesLocked(std::string_view prefix) const {
-  size_t count = 0;
-  for (const std::string& line : lines_) {
-    if (std::string_view(line).substr(0, prefix.size()) == prefix) ++count;
-  }
-  return count;
+  return std::count_if(lines_.begin(), lines_.end(),
+                       [&](const std::string& line) { return line.starts_with(prefix); });
 }
 
 size_t ChildProcess::CountLines(std::string_view prefix) const {
@@ -148,10 +138,8 @@ std::string ChildProcess::WaitForLine(std::string_view prefix,
                                       std::chrono::milliseconds timeout) const {
   if (!WaitForLines(prefix, 1, timeout)) return {};
   std::lock_guard<std::mutex> guard(lock_);
-  for (const std::string& line : lines_) {
-    if (std::string_view(line).substr(0, prefix.size()) == prefix) return line;
-  }
-  return {};
+  return *std::find_if(lines_.begin(), lines_.end(),
+                       [&](const std::string& line) { return line.starts_with(prefix); });
 }
 
 }  // namespace tssoap::test

@@ -26,10 +26,7 @@ class ChildProcess {
 
   bool Running() const;
   const std::string& Error() const { return error_; }
-  pid_t Pid() const { return pid_; }
 
-  // The lines printed so far, without line ends.
-  std::vector<std::string> Lines() const;
   // Lines that begin with prefix.
   size_t CountLines(std::string_view prefix) const;
   // Waits until count lines begin with prefix, or the program's stdout ends, or timeout passes.

@@ -1,9 +1,9 @@
 #include "common/loopback_http_server.h"
 
 #include <arpa/inet.h>
-#include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <strings.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -11,6 +11,8 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+#include <optional>
+#include <utility>
 
 namespace tssoap::test {
 
@@ -19,36 +21,26 @@ namespace {
 // Requests bigger than this are a test's mistake, not something to buffer.
 constexpr size_t kRequestLimit = 16 * 1024 * 1024;
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool SameText(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (Lower(a[i]) != Lower(b[i])) return false;
-  }
-  return true;
-}
-
 std::string_view Trim(std::string_view text) {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-  return text;
+  size_t begin = text.find_first_not_of(" \t");
+  if (begin == std::string_view::npos) return {};
+  return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
 }
 
-// Visits each header line as name and value.
-template <typename Visit>
-void ForEachHeader(std::string_view block, Visit visit) {
-  while (!block.empty()) {
-    size_t end = block.find("\r\n");
-    std::string_view line = block.substr(0, end);
+// The trimmed value of the first header line named name, in any case.
+std::optional<std::string_view> FindHeader(std::string_view block, std::string_view name) {
+  for (size_t start = 0; start < block.size();) {
+    size_t end = std::min(block.find("\r\n", start), block.size());
+    std::string_view line = block.substr(start, end - start);
     size_t colon = line.find(':');
-    if (colon != std::string_view::npos &&
-        visit(Trim(line.substr(0, colon)), Trim(line.substr(colon + 1)))) {
-      return;
+    std::string_view key = Trim(line.substr(0, colon));
+    if (colon != std::string_view::npos && key.size() == name.size() &&
+        strncasecmp(key.data(), name.data(), key.size()) == 0) {
+      return Trim(line.substr(colon + 1));
     }
-    if (end == std::string_view::npos) break;
-    block.remove_prefix(end + 2);
+    start = end + 2;
   }
+  return std::nullopt;
 }
 
 uint32_t Crc32(std::string_view data) {
@@ -60,55 +52,54 @@ uint32_t Crc32(std::string_view data) {
   return ~crc;
 }
 
-uint32_t Adler32(std::string_view data) {
-  uint32_t a = 1;
-  uint32_t b = 0;
-  for (unsigned char byte : data) {
-    a = (a + byte) % 65521;
-    b = (b + a) % 65521;
-  }
-  return b << 16 | a;
-}
-
-void AppendLittleEndian(std::string& out, uint32_t value, int bytes) {
+void AppendLittleEndian(std::string& out, size_t value, int bytes) {
   for (int i = 0; i < bytes; ++i) out.push_back(static_cast<char>(value >> (8 * i)));
 }
 
-// Deflate data (RFC 1951) made of stored blocks only.
-std::string StoredBlocks(std::string_view data) {
-  std::string out;
-  do {
-    size_t length = std::min<size_t>(data.size(), 65535);
-    bool last = length == data.size();
-    out.push_back(last ? '\x01' : '\x00');
-    AppendLittleEndian(out, static_cast<uint32_t>(length), 2);
-    AppendLittleEndian(out, static_cast<uint32_t>(~length & 0xFFFF), 2);
-    out.append(data.substr(0, length));
-    data.remove_prefix(length);
-    if (last) break;
-  } while (true);
-  return out;
+sockaddr_in LoopbackAddress(int port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<uint16_t>(port));
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  return address;
+}
+
+// A socket bound to an ephemeral port of 127.0.0.1, and that port; -1 and 0 when that fails.
+std::pair<int, int> BindEphemeral() {
+  int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address = LoopbackAddress(0);
+  socklen_t length = sizeof address;
+  if (fd >= 0 && bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
+      getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0) {
+    return {fd, ntohs(address.sin_port)};
+  }
+  if (fd >= 0) close(fd);
+  return {-1, 0};
 }
 
 }  // namespace
 
+int PickFreePort() {
+  auto [fd, port] = BindEphemeral();
+  if (fd >= 0) close(fd);
+  return port;
+}
+
+bool Accepts(int port) {
+  int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address = LoopbackAddress(port);
+  bool connected =
+      fd >= 0 && connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+  if (fd >= 0) close(fd);
+  return connected;
+}
+
 std::string HttpRequest::Header(std::string_view name) const {
-  std::string value;
-  ForEachHeader(headerBlock, [&](std::string_view key, std::string_view text) {
-    if (!SameText(key, name)) return false;
-    value = std::string(text);
-    return true;
-  });
-  return value;
+  return std::string(FindHeader(headerBlock, name).value_or(""));
 }
 
 bool HttpRequest::HasHeader(std::string_view name) const {
-  bool found = false;
-  ForEachHeader(headerBlock, [&](std::string_view key, std::string_view) {
-    found = SameText(key, name);
-    return found;
-  });
-  return found;
+  return FindHeader(headerBlock, name).has_value();
 }
 
 bool HttpConnection::Send(std::string_view data) {
@@ -123,9 +114,9 @@ bool HttpConnection::Send(std::string_view data) {
 
 void HttpConnection::HoldOpen() {
   char discard[4096];
-  while (fd_ >= 0 && server_.WaitReadable(fd_)) {
-    ssize_t got = recv(fd_, discard, sizeof discard, 0);
-    if (got == 0 || (got < 0 && errno != EINTR)) return;
+  ssize_t got;
+  while (fd_ >= 0 &&
+         ((got = recv(fd_, discard, sizeof discard, 0)) > 0 || (got < 0 && errno == EINTR))) {
   }
 }
 
@@ -140,19 +131,10 @@ void HttpConnection::Close() {
 
 LoopbackHttpServer::LoopbackHttpServer(Responder responder, std::chrono::milliseconds lifetime)
     : responder_(std::move(responder)) {
-  if (pipe2(stopPipe_, O_CLOEXEC) != 0) return;
-  listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (listener_ < 0) return;
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  if (bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-      listen(listener_, 64) != 0 ||
-      getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-    return;
-  }
-  port_ = ntohs(address.sin_port);
+  auto [fd, port] = BindEphemeral();
+  listener_ = fd;
+  if (listener_ < 0 || listen(listener_, 64) != 0) return;
+  port_ = port;
   acceptor_ = std::thread(&LoopbackHttpServer::AcceptLoop, this,
                           std::chrono::steady_clock::now() + lifetime);
 }
@@ -160,9 +142,6 @@ LoopbackHttpServer::LoopbackHttpServer(Responder responder, std::chrono::millise
 LoopbackHttpServer::~LoopbackHttpServer() {
   Stop();
   if (listener_ >= 0) close(listener_);
-  for (int fd : stopPipe_) {
-    if (fd >= 0) close(fd);
-  }
 }
 
 std::string LoopbackHttpServer::Url(const std::string& path) const {
@@ -175,18 +154,22 @@ std::vector<HttpRequest> LoopbackHttpServer::Requests() const {
 }
 
 void LoopbackHttpServer::Stop() {
-  if (!stopping_.exchange(true) && stopPipe_[1] >= 0) {
-    char wake = 1;
-    (void)!write(stopPipe_[1], &wake, 1);  // never read: the pipe stays readable for all
-  }
+  Halt();
   if (acceptor_.joinable()) acceptor_.join();
   std::vector<std::thread> workers;
   {
     std::lock_guard<std::mutex> guard(lock_);
-    for (int fd : openFds_) shutdown(fd, SHUT_RDWR);
     workers.swap(workers_);
   }
   for (std::thread& worker : workers) worker.join();
+}
+
+// A shut-down socket wakes whoever waits on it: the acceptor, a reader, a responder holding on.
+void LoopbackHttpServer::Halt() {
+  stopping_ = true;
+  std::lock_guard<std::mutex> guard(lock_);
+  if (listener_ >= 0) shutdown(listener_, SHUT_RDWR);
+  for (int fd : openFds_) shutdown(fd, SHUT_RDWR);
 }
 
 void LoopbackHttpServer::AcceptLoop(std::chrono::steady_clock::time_point deadline) {
@@ -194,9 +177,8 @@ void LoopbackHttpServer::AcceptLoop(std::chrono::steady_clock::time_point deadli
     auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
         deadline - std::chrono::steady_clock::now());
     if (left.count() <= 0) break;
-    pollfd waits[2] = {{listener_, POLLIN, 0}, {stopPipe_[0], POLLIN, 0}};
-    int ready = poll(waits, 2, static_cast<int>(std::min<int64_t>(left.count(), 1000)));
-    if (ready <= 0 || (waits[1].revents & POLLIN) != 0) continue;
+    pollfd wait = {listener_, POLLIN, 0};
+    if (poll(&wait, 1, static_cast<int>(std::min<int64_t>(left.count(), 1000))) <= 0) continue;
     int fd = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
     if (fd < 0) continue;
     ++connections_;
@@ -204,13 +186,7 @@ void LoopbackHttpServer::AcceptLoop(std::chrono::steady_clock::time_point deadli
     openFds_.push_back(fd);
     workers_.emplace_back(&LoopbackHttpServer::Serve, this, fd);
   }
-  // The lifetime is over (or Stop was called): wake every waiting responder.
-  if (!stopping_.exchange(true)) {
-    char wake = 1;
-    (void)!write(stopPipe_[1], &wake, 1);
-  }
-  std::lock_guard<std::mutex> guard(lock_);
-  for (int fd : openFds_) shutdown(fd, SHUT_RDWR);
+  Halt();  // the lifetime is over, or Stop was called: wake every waiting responder
 }
 
 void LoopbackHttpServer::Serve(int fd) {
@@ -227,22 +203,13 @@ void LoopbackHttpServer::Serve(int fd) {
   connection.Close();
 }
 
-bool LoopbackHttpServer::WaitReadable(int fd) {
-  pollfd waits[2] = {{fd, POLLIN, 0}, {stopPipe_[0], POLLIN, 0}};
-  for (;;) {
-    int ready = poll(waits, 2, -1);
-    if (ready < 0 && errno == EINTR) continue;
-    if (ready < 0 || (waits[1].revents & POLLIN) != 0) return false;
-    return true;
-  }
-}
-
 bool LoopbackHttpServer::ReadRequest(int fd, std::string& buffer, HttpRequest& request) {
   request = HttpRequest();
   char chunk[8192];
   auto readMore = [&]() {
-    if (!WaitReadable(fd)) return false;
-    ssize_t got = recv(fd, chunk, sizeof chunk, 0);
+    ssize_t got;
+    while ((got = recv(fd, chunk, sizeof chunk, 0)) < 0 && errno == EINTR) {
+    }
     if (got <= 0 || buffer.size() > kRequestLimit) return false;
     buffer.append(chunk, static_cast<size_t>(got));
     return true;
@@ -296,17 +263,18 @@ std::string ChunkedHttpResponse(int status, std::string_view contentType, std::s
 
 std::string GzipStored(std::string_view data) {
   std::string out("\x1f\x8b\x08\x00\x00\x00\x00\x00\x00\xff", 10);
-  out.append(StoredBlocks(data));
-  AppendLittleEndian(out, Crc32(data), 4);
-  AppendLittleEndian(out, static_cast<uint32_t>(data.size()), 4);
-  return out;
-}
-
-std::string ZlibStored(std::string_view data) {
-  std::string out("\x78\x01", 2);
-  out.append(StoredBlocks(data));
-  uint32_t adler = Adler32(data);
-  for (int shift = 24; shift >= 0; shift -= 8) out.push_back(static_cast<char>(adler >> shift));
+  const uint32_t crc = Crc32(data);
+  const size_t size = data.size();
+  do {  // deflate data (RFC 1951) of stored blocks, each of 65535 bytes at most
+    size_t length = std::min<size_t>(data.size(), 65535);
+    out.push_back(length == data.size() ? '\x01' : '\x00');
+    AppendLittleEndian(out, length, 2);
+    AppendLittleEndian(out, ~length & 0xFFFF, 2);
+    out.append(data.substr(0, length));
+    data.remove_prefix(length);
+  } while (!data.empty());
+  AppendLittleEndian(out, crc, 4);
+  AppendLittleEndian(out, size, 4);
   return out;
 }
 

@@ -43,7 +43,6 @@ class HttpConnection {
   // Closes the connection at once, ending the exchange from the server's side.
   void Close();
   bool IsClosed() const { return fd_ < 0; }
-  int Fd() const { return fd_; }
 
  private:
   int fd_;
@@ -74,14 +73,13 @@ class LoopbackHttpServer {
  private:
   friend class HttpConnection;
   void AcceptLoop(std::chrono::steady_clock::time_point deadline);
+  // Accepts no more, wakes every waiting responder and shuts every connection down.
+  void Halt();
   void Serve(int fd);
   bool ReadRequest(int fd, std::string& buffer, HttpRequest& request);
-  // Waits until fd is readable or the server stops; false when it stopped.
-  bool WaitReadable(int fd);
 
   Responder responder_;
   int listener_ = -1;
-  int stopPipe_[2] = {-1, -1};
   int port_ = 0;
   std::atomic<bool> stopping_{false};
   std::atomic<int> connections_{0};
@@ -99,9 +97,13 @@ std::string HttpResponse(int status, std::string_view reason, std::string_view c
 std::string ChunkedHttpResponse(int status, std::string_view contentType, std::string_view body,
                                 size_t chunkSize);
 
-// Compressed forms of a body for Content-Encoding tests: gzip (RFC 1952) and deflate (the zlib
-// format of RFC 1950), with the data in stored blocks, which every decoder must accept.
+// A body in gzip form (RFC 1952) for Content-Encoding tests, the data in stored blocks, which
+// every decoder must accept.
 std::string GzipStored(std::string_view data);
-std::string ZlibStored(std::string_view data);
+
+// An unused TCP port of 127.0.0.1 at the moment of asking, for programs that can't take port 0.
+int PickFreePort();
+// True when a TCP connection to 127.0.0.1:port succeeds.
+bool Accepts(int port);
 
 }  // namespace tssoap::test

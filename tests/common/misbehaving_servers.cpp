@@ -15,23 +15,21 @@ const char* const kMultiReferenceBody =
     "<item>one</item><item>two</item><item>three</item>"
     "</SOAP-ENC:Array>";
 
-const char* const kBillionLaughsDocument =
-    "<?xml version=\"1.0\"?>\n"
-    "<!DOCTYPE lolz [\n"
-    " <!ENTITY lol \"lol\">\n"
-    " <!ENTITY lol1 \"&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;\">\n"
-    " <!ENTITY lol2 \"&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;\">\n"
-    " <!ENTITY lol3 \"&lol2;&lol2;&lol2;&lol2;&lol2;&lol2;&lol2;&lol2;&lol2;&lol2;\">\n"
-    " <!ENTITY lol4 \"&lol3;&lol3;&lol3;&lol3;&lol3;&lol3;&lol3;&lol3;&lol3;&lol3;\">\n"
-    " <!ENTITY lol5 \"&lol4;&lol4;&lol4;&lol4;&lol4;&lol4;&lol4;&lol4;&lol4;&lol4;\">\n"
-    " <!ENTITY lol6 \"&lol5;&lol5;&lol5;&lol5;&lol5;&lol5;&lol5;&lol5;&lol5;&lol5;\">\n"
-    " <!ENTITY lol7 \"&lol6;&lol6;&lol6;&lol6;&lol6;&lol6;&lol6;&lol6;&lol6;&lol6;\">\n"
-    " <!ENTITY lol8 \"&lol7;&lol7;&lol7;&lol7;&lol7;&lol7;&lol7;&lol7;&lol7;&lol7;\">\n"
-    " <!ENTITY lol9 \"&lol8;&lol8;&lol8;&lol8;&lol8;&lol8;&lol8;&lol8;&lol8;&lol8;\">\n"
-    "]>\n"
-    "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\">"
-    "<SOAP-ENV:Body><ns:r xmlns:ns=\"urn:x\"><text>&lol9;</text></ns:r></SOAP-ENV:Body>"
-    "</SOAP-ENV:Envelope>";
+const std::string& BillionLaughsDocument() {
+  static const std::string document = [] {
+    std::string text = "<?xml version=\"1.0\"?>\n<!DOCTYPE lolz [\n <!ENTITY lol0 \"lol\">\n";
+    for (int level = 1; level <= 9; ++level) {  // each entity ten of the one before
+      text += " <!ENTITY lol" + std::to_string(level) + " \"";
+      for (int i = 0; i < 10; ++i) text += "&lol" + std::to_string(level - 1) + ";";
+      text += "\">\n";
+    }
+    return text +
+           "]>\n<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\">"
+           "<SOAP-ENV:Body><ns:r xmlns:ns=\"urn:x\"><text>&lol9;</text></ns:r></SOAP-ENV:Body>"
+           "</SOAP-ENV:Envelope>";
+  }();
+  return document;
+}
 
 std::string SoapEnvelope(std::string_view bodyContent) {
   std::string envelope =
@@ -86,7 +84,7 @@ LoopbackHttpServer::Responder AnswersMultiReference() {
 }
 
 LoopbackHttpServer::Responder AnswersBillionLaughs() {
-  return AnswerWith(200, "text/xml", kBillionLaughsDocument);
+  return AnswerWith(200, "text/xml", BillionLaughsDocument());
 }
 
 }  // namespace tssoap::test

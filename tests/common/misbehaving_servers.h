@@ -37,6 +37,7 @@ LoopbackHttpServer::Responder AnswersBillionLaughs();
 // The Body content of AnswersMultiReference: echoStructResponse/result points at #s1, whose
 // field "list" points at #a1, a SOAP-encoded array of "one", "two", "three".
 extern const char* const kMultiReferenceBody;
-extern const char* const kBillionLaughsDocument;
+// Nested entity declarations, each ten of the one before, that would expand to gigabytes.
+const std::string& BillionLaughsDocument();
 
 }  // namespace tssoap::test

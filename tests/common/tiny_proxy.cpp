@@ -1,8 +1,5 @@
 #include "common/tiny_proxy.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -27,40 +24,7 @@ std::string TinyproxyPath() {
   return {};
 }
 
-sockaddr_in Loopback(int port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<uint16_t>(port));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return address;
-}
-
 }  // namespace
-
-int PickFreePort() {
-  int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (fd < 0) return 0;
-  sockaddr_in address = Loopback(0);
-  socklen_t length = sizeof address;
-  int port = 0;
-  if (bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
-      getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0) {
-    port = ntohs(address.sin_port);
-  }
-  close(fd);
-  return port;
-}
-
-bool Accepts(int port) {
-  int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (fd < 0) return false;
-  sockaddr_in address = Loopback(port);
-  bool connected = connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-  close(fd);
-  return connected;
-}
-
-TinyProxy::TinyProxy() : TinyProxy(Credentials{}) {}
 
 TinyProxy::TinyProxy(const Credentials& required) {
   std::string program = TinyproxyPath();
@@ -83,7 +47,7 @@ TinyProxy::TinyProxy(const Credentials& required) {
   if (port_ == 0 && error_.empty()) error_ = "tinyproxy didn't start: " + Log();
 }
 
-bool TinyProxy::StartOn(int port, const Credentials* required) {
+void TinyProxy::StartOn(int port, const Credentials* required) {
   std::string config = directory_ + "/tinyproxy.conf";
   {
     std::ofstream out(config, std::ios::trunc);
@@ -102,19 +66,18 @@ bool TinyProxy::StartOn(int port, const Credentials* required) {
       std::make_unique<ChildProcess>(TinyproxyPath(), std::vector<std::string>{"-d", "-c", config});
   if (!process_->Error().empty()) {
     error_ = process_->Error();
-    return false;
+    return;
   }
   auto deadline = std::chrono::steady_clock::now() + kStartWait;
   while (std::chrono::steady_clock::now() < deadline) {
     if (Accepts(port)) {
       port_ = port;
-      return true;
+      return;
     }
     if (!process_->Running()) break;  // it ended, most likely over the port
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
   process_.reset();
-  return false;
 }
 
 TinyProxy::~TinyProxy() {

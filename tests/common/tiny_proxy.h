@@ -8,6 +8,7 @@
 #include <string>
 
 #include "common/child_process.h"
+#include "common/loopback_http_server.h"  // PickFreePort
 
 namespace tssoap::test {
 
@@ -18,8 +19,8 @@ class TinyProxy {
     std::string password;  // tinyproxy's configuration takes letters and digits only
   };
 
-  TinyProxy();
-  explicit TinyProxy(const Credentials& required);
+  // Without a user in required, the proxy demands no credentials.
+  explicit TinyProxy(const Credentials& required = {});
   ~TinyProxy();
   TinyProxy(const TinyProxy&) = delete;
   TinyProxy& operator=(const TinyProxy&) = delete;
@@ -34,17 +35,12 @@ class TinyProxy {
   std::string Log() const;
 
  private:
-  bool StartOn(int port, const Credentials* required);
+  void StartOn(int port, const Credentials* required);
 
   std::string directory_;
   std::unique_ptr<ChildProcess> process_;
   int port_ = 0;
   std::string error_;
 };
-
-// An unused TCP port of 127.0.0.1 at the moment of asking, for programs that can't take port 0.
-int PickFreePort();
-// True when a TCP connection to 127.0.0.1:port succeeds.
-bool Accepts(int port);
 
 }  // namespace tssoap::test
