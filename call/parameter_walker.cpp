@@ -16,15 +16,18 @@ namespace {
 
 // The ids of an array block's tokens under one scanner: the two scanners number them apart.
 struct ArrayBlockTokens {
+  int16_t open;
   int16_t close;
   int16_t equals;
   int16_t elementName;
   int16_t soapElementName;
   int16_t xmlElementName;
 };
-constexpr ArrayBlockTokens kMethodArrayBlock{kMethodBracketClose, kMethodEquals, kMethodElementName,
+constexpr ArrayBlockTokens kMethodArrayBlock{kMethodBracketOpen,     kMethodBracketClose,
+                                             kMethodEquals,          kMethodElementName,
                                              kMethodSoapElementName, kMethodXmlElementName};
-constexpr ArrayBlockTokens kStructArrayBlock{kStructBracketClose, kStructEquals, kStructElementName,
+constexpr ArrayBlockTokens kStructArrayBlock{kStructBracketOpen,     kStructBracketClose,
+                                             kStructEquals,          kStructElementName,
                                              kStructSoapElementName, kStructXmlElementName};
 
 // Entered behind the "[". A block holds one attribute, optionally "=" and the items' name; what
@@ -50,6 +53,15 @@ void ReadArrayBlock(SoapScanner& scanner, const ArrayBlockTokens& ids, ArrayStyl
     }
   }
   while (token != ids.close) token = scanner.NextToken();
+}
+
+// Read behind a type: an array block when one follows, then the name, which is left as the token
+// text.
+void ReadArrayBlockAndName(SoapScanner& scanner, const ArrayBlockTokens& ids,
+                           ArrayStyle& arrayStyle, std::string& elementName) {
+  if (scanner.NextToken() != ids.open) return;
+  ReadArrayBlock(scanner, ids, arrayStyle, elementName);
+  scanner.NextToken();
 }
 
 // The host's argument at index, or null when the host passed fewer than the description lists.
@@ -95,10 +107,7 @@ int16_t ParameterWalker::SendOne(SOAPMethod& method, SoapMethodScanner& scanner,
   ValueForm form;
   scanner.NextToken();
   if (sent) form.typeName = scanner.GetTokenText();
-  if (scanner.NextToken() == kMethodBracketOpen) {
-    ReadArrayBlock(scanner, kMethodArrayBlock, form.arrayStyle, form.elementName);
-    scanner.NextToken();
-  }
+  ReadArrayBlockAndName(scanner, kMethodArrayBlock, form.arrayStyle, form.elementName);
   if (sent) {
     const std::string parameterName = scanner.GetTokenText();
     SendValue(method, parameterName, form, record);
@@ -177,10 +186,7 @@ int16_t ParameterWalker::ReceiveOne(const SOAPParameter& response, SoapMethodSca
     form.typeName = scanner.GetTokenText();
   }
 
-  if (scanner.NextToken() == kMethodBracketOpen) {
-    ReadArrayBlock(scanner, kMethodArrayBlock, form.arrayStyle, form.elementName);
-    scanner.NextToken();
-  }
+  ReadArrayBlockAndName(scanner, kMethodArrayBlock, form.arrayStyle, form.elementName);
   if (!read) {
     record.kind = kHostUnknown;  // not to be written back
   } else {
@@ -230,19 +236,22 @@ int ParameterWalker::WalkStructOut(SOAPParameter& parent, HostObject instance,
   return 0;
 }
 
+std::string ParameterWalker::ReadField(SoapStructScanner& scanner, HostObject instance,
+                                       ValueForm& form, HostValueRecord& record) {
+  form.typeName = scanner.GetTokenText();
+  ReadArrayBlockAndName(scanner, kStructArrayBlock, form.arrayStyle, form.elementName);
+  std::string fieldName = scanner.GetTokenText();
+  ReadHostField(session_, record, instance, fieldName);
+  return fieldName;
+}
+
 int16_t ParameterWalker::SendField(SOAPParameter& parent, SoapStructScanner& scanner,
                                    HostObject instance) {
   if (scanner.NextToken() == kStructClose) return kStructClose;
   // Fields have no direction block: every field is sent.
   ValueForm form;
-  form.typeName = scanner.GetTokenText();
-  if (scanner.NextToken() == kStructBracketOpen) {
-    ReadArrayBlock(scanner, kStructArrayBlock, form.arrayStyle, form.elementName);
-    scanner.NextToken();
-  }
-  const std::string fieldName = scanner.GetTokenText();
   HostValueRecord record{};
-  ReadHostField(session_, record, instance, fieldName);
+  const std::string fieldName = ReadField(scanner, instance, form, record);
   SendValue(parent, fieldName, form, record);
   return scanner.NextToken();
 }
@@ -260,14 +269,8 @@ int16_t ParameterWalker::ReceiveField(const SOAPParameter& element, SoapStructSc
                                       HostObject instance) {
   if (scanner.NextToken() == kStructClose) return kStructClose;
   ValueForm form;
-  form.typeName = scanner.GetTokenText();
-  if (scanner.NextToken() == kStructBracketOpen) {
-    ReadArrayBlock(scanner, kStructArrayBlock, form.arrayStyle, form.elementName);
-    scanner.NextToken();
-  }
-  const std::string fieldName = scanner.GetTokenText();
   HostValueRecord record{};
-  ReadHostField(session_, record, instance, fieldName);
+  const std::string fieldName = ReadField(scanner, instance, form, record);
   try {
     const SOAPParameter& field = element.GetParameter(fieldName.c_str());
     if (!field.IsNull()) {

@@ -65,6 +65,10 @@ class ParameterWalker {
                  HostValueRecord& record);
   void FindAndReceive(const SOAPParameter& response, const std::string& name, const ValueForm& form,
                       HostValueRecord& record, bool isReturn);
+  // The rest of a field behind its first token: its type, array block and name; record is filled
+  // from the field of instance. Returns the name.
+  std::string ReadField(SoapStructScanner& scanner, HostObject instance, ValueForm& form,
+                        HostValueRecord& record);
 
   HostObject proxy_;
   IHostSession& session_;
