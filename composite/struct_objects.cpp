@@ -1,6 +1,5 @@
 #include "composite/struct_objects.h"
 
-#include <cstdio>
 #include <string>
 
 #include "call/parameter_walker.h"
@@ -9,7 +8,8 @@
 #include "support/soap_vocabulary.h"
 #include "support/values/soap_exception.h"
 #include "support/values/soap_grow_array.h"
-#include "support/values/soap_text.h"
+#include "types/host_array_items.h"
+#include "types/type_drivers.h"
 
 namespace tssoap {
 
@@ -17,10 +17,6 @@ namespace {
 
 constexpr const char* kBoundedOut = "SoapCLient Error: Can't support Bounded array";
 constexpr const char* kBoundedIn = "SoapClient Error: Can't support Bounded array";
-
-[[noreturn]] void ThrowMappingFailure(const std::string& typeName) {
-  throw SOAPException("Can't map the XML data type: %s", typeName.c_str());
-}
 
 // Structures nest by plain recursion through the field walks, so a recursive type lets a response,
 // or a cycle among the host's objects, nest as deep as it likes. The depth is bounded here, far
@@ -83,14 +79,9 @@ TypeDescription ReadTypeDescription(IHostSession& session, HostObject proxy,
   return description;
 }
 
-// A new instance of the structure class of typeName. A type without a class in a structure group
-// can't be mapped either.
+// A new instance of the structure class of typeName.
 HostObject NewStructObject(IHostSession& session, const std::string& typeName) {
-  const std::string className = ToHostClassName(typeName);
-  const HostGroup group = session.FindGroup(className.c_str(), kGroupStructure);
-  const HostClass cls = group != 0 ? session.FindClass(group, className.c_str()) : 0;
-  if (cls == 0) ThrowMappingFailure(typeName);
-  const HostObject instance = session.NewObject(cls);
+  const HostObject instance = session.NewObject(StructClassOf(session, typeName));
   if (instance == 0) ThrowMappingFailure(typeName);
   return instance;
 }
@@ -156,31 +147,6 @@ struct StructDescriptorArray {
   std::string elementName;
 };
 
-// The info of a host array, given back on every way out.
-class HeldArrayInfo {
- public:
-  HeldArrayInfo(IHostSession& session, HostArray array)
-      : session_(session), info_(session.GetArrayInfo(array)) {}
-  ~HeldArrayInfo() {
-    if (info_ != nullptr) session_.ReleaseArrayInfo(info_);
-  }
-  HeldArrayInfo(const HeldArrayInfo&) = delete;
-  HeldArrayInfo& operator=(const HeldArrayInfo&) = delete;
-
-  // Host arrays are walked as flat lists: a bounded (possibly multi-dimensional) one is refused.
-  void RefuseBounded(const char* message) const {
-    if (info_ != nullptr && info_->arrayForm == 0) throw SOAPException("%s", message);
-  }
-
- private:
-  IHostSession& session_;
-  HostArrayInfo* info_;
-};
-
-bool HasArray(const HostValueRecord& record) {
-  return record.isNull == 0 && record.value.handle != 0;
-}
-
 // Item index of a host array, from 1, read into a record of its own.
 HostValueRecord ReadObjectItem(IHostSession& session, HostArray array, int32_t index) {
   HostValueRecord item{};
@@ -204,17 +170,15 @@ ConversionContext ItemContext(const ConversionContext& context, SOAPParameter& p
                            nullptr};
 }
 
-// Both absent or empty counts as equal.
-bool SameText(const SOAPString& a, const SOAPString& b) {
-  if (a.Length() == 0 && b.Length() == 0) return true;
-  return SOAPText::Compare(a.Str(), b.Str()) == 0;
-}
-
-bool SameName(const SOAPQName& a, const SOAPQName& b) {
-  return SameText(a.GetName(), b.GetName()) && SameText(a.GetNamespace(), b.GetNamespace());
-}
-
 }  // namespace
+
+HostClass StructClassOf(IHostSession& session, const std::string& typeName) {
+  const std::string className = ToHostClassName(typeName);
+  const HostGroup group = session.FindGroup(className.c_str(), kGroupStructure);
+  const HostClass cls = group != 0 ? session.FindClass(group, className.c_str()) : 0;
+  if (cls == 0) ThrowMappingFailure(typeName);
+  return cls;
+}
 
 int ObjectOut(ConversionContext& context) {
   const HostValueRecord& record = context.record;
@@ -249,72 +213,47 @@ int ObjectIn(ConversionContext& context) {
 int EncodedObjectsOut(ConversionContext& context) {
   IHostSession& session = context.session;
   StructDescriptorArray array(context);
-  if (HasArray(array.record)) {
-    const HostArray handle = array.record.value.handle;
-    HeldArrayInfo info(session, handle);
-    info.RefuseBounded(kBoundedOut);
-    const int32_t length = session.GetArrayLength(handle);
-    array.items.Reserve(length > 0 ? static_cast<uint32_t>(length) : 0);
-    for (int32_t index = 1; index <= length; ++index) {
-      const HostValueRecord item = ReadObjectItem(session, handle, index);
-      array.items.Add(StructDescriptor(context.proxy, session, context.typeName, item.value.handle,
-                                       item.isNull != 0));
-    }
+  const OutgoingArrayItems items(session, array.record, kBoundedOut);
+  if (items.Length() > 0) array.items.Reserve(static_cast<uint32_t>(items.Length()));
+  for (int32_t index = 1; index <= items.Length(); ++index) {
+    const HostValueRecord item = ReadObjectItem(session, items.Array(), index);
+    array.items.Add(StructDescriptor(context.proxy, session, context.typeName, item.value.handle,
+                                     item.isNull != 0));
   }
-
-  SOAPParameter& parameter = context.parameter;
-  const SoapVocabulary& vocabulary = Vocabulary();
-  parameter.ClearValue();
-  parameter.AddAttribute(vocabulary.type)
-      .Set(vocabulary.Array.GetName().Str(), vocabulary.Array.GetNamespace().Str());
-  SOAPQName& arrayType = parameter.AddAttribute(vocabulary.arrayType);
-  arrayType.Set(array.typeLocalName.c_str(), array.typeNamespace.c_str());
-  char count[32];
-  const int countLength =
-      std::snprintf(count, sizeof count, "[%d]", static_cast<int>(array.items.Size()));
-  arrayType.GetName().Append(count, static_cast<uint32_t>(countLength));
-  parameter.SetIsStruct();
+  WriteEncodedArrayHead(context.parameter, array.typeLocalName.c_str(), array.typeNamespace.c_str(),
+                        array.items.Size());
   // The items carry neither a namespace nor a type attribute of their own: arrayType says it.
   for (const StructDescriptor& item : array.items) {
-    item.Write(parameter.AddParameter(array.elementName.c_str()));
+    item.Write(context.parameter.AddParameter(array.elementName.c_str()));
   }
   return 0;
 }
 
 int RepeatedObjectsOut(ConversionContext& context) {
-  IHostSession& session = context.session;
   if (!HasArray(context.record)) return 0;
-  const HostArray handle = context.record.value.handle;
-  HeldArrayInfo info(session, handle);
-  info.RefuseBounded(kBoundedOut);
-  const int32_t length = session.GetArrayLength(handle);
+  const OutgoingArrayItems items(context.session, context.record, kBoundedOut);
   // parameter only carries the name: each item is an element of its own under the parent, with
   // its own type attribute.
   SOAPParameter& parent = *context.parentParameter;
   const std::string name = context.parameter.GetName().GetName().CStr();
-  for (int32_t index = 1; index <= length; ++index) {
-    HostValueRecord item = ReadObjectItem(session, handle, index);
-    SOAPParameter& child = parent.AddParameter("");
-    child.SetName(name.c_str(), parent.GetName().GetNamespace().Str());
-    ConversionContext itemContext = ItemContext(context, child, item);
+  for (int32_t index = 1; index <= items.Length(); ++index) {
+    HostValueRecord item = ReadObjectItem(context.session, items.Array(), index);
+    SOAPParameter& element =
+        AddItemElement(parent, name.c_str(), parent.GetName().GetNamespace().Str());
+    ConversionContext itemContext = ItemContext(context, element, item);
     ObjectOut(itemContext);
   }
   return 0;
 }
 
 int WrappedObjectsOut(ConversionContext& context) {
-  IHostSession& session = context.session;
-  if (!HasArray(context.record)) return 0;
-  const HostArray handle = context.record.value.handle;
-  HeldArrayInfo info(session, handle);
-  info.RefuseBounded(kBoundedOut);
-  const int32_t length = session.GetArrayLength(handle);
+  const OutgoingArrayItems items(context.session, context.record, kBoundedOut);
   // A plain wrapper without attributes; each item in the item namespace with its type attribute.
-  for (int32_t index = 1; index <= length; ++index) {
-    HostValueRecord item = ReadObjectItem(session, handle, index);
-    SOAPParameter& child = context.parameter.AddParameter("item");
-    child.SetName(context.elementName.c_str(), context.elementNamespace.c_str());
-    ConversionContext itemContext = ItemContext(context, child, item);
+  for (int32_t index = 1; index <= items.Length(); ++index) {
+    HostValueRecord item = ReadObjectItem(context.session, items.Array(), index);
+    SOAPParameter& element = AddItemElement(context.parameter, context.elementName.c_str(),
+                                            context.elementNamespace.c_str());
+    ConversionContext itemContext = ItemContext(context, element, item);
     ObjectOut(itemContext);
   }
   return 0;
@@ -340,24 +279,16 @@ int RepeatedObjectsIn(ConversionContext& context) {
   const HostArray handle = context.record.value.handle;
   HeldArrayInfo info(session, handle);
   info.RefuseBounded(kBoundedIn);
-  const SOAPParameter& parent = *context.parentParameter;
   const SOAPQName& wanted = context.parameter.GetName();
-  const SOAPParameter::Children& children = parent.GetParams();
   int32_t index = 0;
-  // The walk ends when it runs past the last child; a failing item ends it early, silently, and
-  // the items in front of it stay in the host array.
+  // The walk ends behind the last child; a failing item ends it early, silently, and the items in
+  // front of it stay in the host array.
   try {
-    for (uint32_t position = 0;; ++position) {
-      if (position >= children.Size()) {
-        throw SOAPException(
-            "Array index out of bounds while trying to access  element %u (out of %u) on "
-            "parameter %s.",
-            position, children.Size(), parent.GetName().GetName().CStr());
-      }
-      const SOAPParameter& child = *children[position];
-      if (!SameName(child.GetName(), wanted)) continue;
+    for (const SOAPParameter* child : context.parentParameter->GetParams()) {
+      if (!(child->GetName() == wanted)) continue;
       HostValueRecord item{};
-      ConversionContext itemContext = ItemContext(context, const_cast<SOAPParameter&>(child), item);
+      ConversionContext itemContext =
+          ItemContext(context, const_cast<SOAPParameter&>(*child), item);
       ObjectIn(itemContext);
       ++index;
       session.SetObjectArrayItem(handle, &index, item.value.handle);

@@ -3,9 +3,16 @@
 // The drivers hand over here whenever the host value is an object.
 #pragma once
 
+#include <string>
+
+#include "host/host_interfaces.h"
 #include "types/conversion_context.h"
 
 namespace tssoap {
+
+// The structure class of typeName: the class named ToHostClassName(typeName) in the structure
+// group of that name. A type without one can't be mapped (raises the mapping failure).
+HostClass StructClassOf(IHostSession& session, const std::string& typeName);
 
 int ObjectOut(ConversionContext& context);
 int ObjectIn(ConversionContext& context);

@@ -1,6 +1,5 @@
 #include "types/row_operations.h"
 
-#include <cstdio>
 #include <cstring>
 
 #include "composite/soap_array_decoder.h"
@@ -8,34 +7,13 @@
 #include "host/type_namespace_buffer.h"
 #include "support/soap_vocabulary.h"
 #include "support/values/soap_exception.h"
-#include "support/values/soap_text.h"
+#include "types/host_array_items.h"
 
 namespace tssoap {
 
 namespace {
 
-// Holds the host's info on an array and gives it back on every way out of the operation.
-class HeldArrayInfo {
- public:
-  HeldArrayInfo(IHostSession& session, HostArray array)
-      : session_(session), info_(session.GetArrayInfo(array)) {}
-  ~HeldArrayInfo() {
-    if (info_ != nullptr) session_.ReleaseArrayInfo(info_);
-  }
-  HeldArrayInfo(const HeldArrayInfo&) = delete;
-  HeldArrayInfo& operator=(const HeldArrayInfo&) = delete;
-
-  // Items of a bounded (possibly multi-dimensional) array have no flat access here.
-  void RefuseBounded() const {
-    if (info_ != nullptr && info_->arrayForm == 0) {
-      throw SOAPException("SoapClient Error: Can't support Bounded array");
-    }
-  }
-
- private:
-  IHostSession& session_;
-  HostArrayInfo* info_;
-};
+constexpr const char* kBoundedArray = "SoapClient Error: Can't support Bounded array";
 
 // A context for one array item: the operation's own, on another element and record.
 ConversionContext ItemContext(const ConversionContext& context, SOAPParameter& parameter,
@@ -60,11 +38,6 @@ void WriteItem(const ConversionContext& context, HostArray array, int32_t index,
   } else {
     WriteItemByKind(context.session, array, index, context.row->itemKind, item.value);
   }
-}
-
-// An array value that the way out has something to read from.
-bool HasArray(const HostValueRecord& record) {
-  return record.isNull == 0 && record.value.handle != 0;
 }
 
 SOAPParameter& ParentOf(const ConversionContext& context) {
@@ -111,38 +84,21 @@ int ScalarIn(ConversionContext& context) {
 }
 
 int EncodedArrayOut(ConversionContext& context) {
-  IHostSession& session = context.session;
-  const HostValueRecord& record = context.record;
   XmlValueArray array(context.elementName.c_str(), context.elementNamespace.c_str());
   // Every item is converted before the parameter is touched, so a failure leaves it as it was.
-  if (HasArray(record)) {
-    const HostArray handle = record.value.handle;
-    HeldArrayInfo info(session, handle);
-    info.RefuseBounded();
-    const int32_t length = session.GetArrayLength(handle);
-    if (length > 0) array.items.Reserve(static_cast<uint32_t>(length));
-    for (int32_t index = 1; index <= length; ++index) {
-      HostValueRecord item = ReadItem(context, handle, index);
-      ConversionContext itemContext = ItemContext(context, context.parameter, item);
-      context.row->conversion->toXmlText(array.items.Add(XmlValueText{}), itemContext);
-    }
+  const OutgoingArrayItems items(context.session, context.record, kBoundedArray);
+  if (items.Length() > 0) array.items.Reserve(static_cast<uint32_t>(items.Length()));
+  for (int32_t index = 1; index <= items.Length(); ++index) {
+    HostValueRecord item = ReadItem(context, items.Array(), index);
+    ConversionContext itemContext = ItemContext(context, context.parameter, item);
+    context.row->conversion->toXmlText(array.items.Add(XmlValueText{}), itemContext);
   }
-  SOAPParameter& parameter = context.parameter;
-  const SoapVocabulary& vocabulary = Vocabulary();
-  parameter.ClearValue();
-  parameter.AddAttribute(vocabulary.type)
-      .Set(vocabulary.Array.GetName().Str(), vocabulary.Array.GetNamespace().Str());
   // The item type with the count, "boolean[3]", in the type's namespace: a qualified name.
-  SOAPQName& arrayType = parameter.AddAttribute(vocabulary.arrayType);
-  SetTypeAttribute(*context.row, arrayType);
-  char count[32];
-  const int countLength =
-      std::snprintf(count, sizeof count, "[%d]", static_cast<int>(array.items.Size()));
-  arrayType.GetName().Append(count, static_cast<uint32_t>(countLength));
-  parameter.SetIsStruct();
+  WriteEncodedArrayHead(context.parameter, context.row->name, GetTypeNamespace(),
+                        array.items.Size());
   // Items go without a type attribute and with the local name alone.
   for (const XmlValueText& item : array.items) {
-    item.WriteTo(parameter.AddParameter(context.elementName.c_str()));
+    item.WriteTo(context.parameter.AddParameter(context.elementName.c_str()));
   }
   return 0;
 }
@@ -154,7 +110,7 @@ int EncodedArrayIn(ConversionContext& context) {
   // The host array is in the record already: from the host value, or made for a value of kind any.
   const HostArray handle = context.record.value.handle;
   HeldArrayInfo info(session, handle);
-  info.RefuseBounded();
+  info.RefuseBounded(kBoundedArray);
   int32_t index = 0;
   for (const XmlValueText& value : array.items) {
     ++index;
@@ -168,23 +124,16 @@ int EncodedArrayIn(ConversionContext& context) {
 }
 
 int RepeatedOut(ConversionContext& context) {
-  IHostSession& session = context.session;
-  const HostValueRecord& record = context.record;
   // A null or empty array produces no element at all.
-  if (!HasArray(record)) return 0;
+  if (!HasArray(context.record)) return 0;
   SOAPParameter& parent = ParentOf(context);
-  const HostArray handle = record.value.handle;
-  HeldArrayInfo info(session, handle);
-  info.RefuseBounded();
-  const int32_t length = session.GetArrayLength(handle);
+  const OutgoingArrayItems items(context.session, context.record, kBoundedArray);
   // The parameter only carries the name; each item is an element of its own under the parent.
   const char* name = context.parameter.GetName().GetName().Str();
   const char* ns = parent.GetName().GetNamespace().Str();
-  for (int32_t index = 1; index <= length; ++index) {
-    HostValueRecord item = ReadItem(context, handle, index);
-    SOAPParameter& child = parent.AddParameter("");
-    child.SetName(name, ns);
-    ConversionContext itemContext = ItemContext(context, child, item);
+  for (int32_t index = 1; index <= items.Length(); ++index) {
+    HostValueRecord item = ReadItem(context, items.Array(), index);
+    ConversionContext itemContext = ItemContext(context, AddItemElement(parent, name, ns), item);
     context.row->operations->scalarOut(itemContext);
   }
   return 0;
@@ -195,21 +144,15 @@ int RepeatedIn(ConversionContext& context) {
   const SOAPParameter& parent = ParentOf(context);
   const HostArray handle = context.record.value.handle;
   HeldArrayInfo info(session, handle);
-  info.RefuseBounded();
+  info.RefuseBounded(kBoundedArray);
   const SOAPQName& wanted = context.parameter.GetName();
-  const char* wantedName = wanted.GetName().CStr();
-  const char* wantedNamespace = wanted.GetNamespace().CStr();
   int32_t index = 0;
   // The walk ends behind the last child, or quietly at the first item that fails to convert:
   // the items before it stay in the host array and the rest is dropped.
   try {
     for (const SOAPParameter* child : parent.GetParams()) {
       // Absent and empty texts are the same here.
-      const SOAPQName& name = child->GetName();
-      if (SOAPText::Compare(name.GetName().CStr(), wantedName) != 0 ||
-          SOAPText::Compare(name.GetNamespace().CStr(), wantedNamespace) != 0) {
-        continue;
-      }
+      if (!(child->GetName() == wanted)) continue;
       HostValueRecord item{};
       // The way in reads the element and never writes through it.
       ConversionContext itemContext =
@@ -224,20 +167,14 @@ int RepeatedIn(ConversionContext& context) {
 }
 
 int WrappedOut(ConversionContext& context) {
-  IHostSession& session = context.session;
-  const HostValueRecord& record = context.record;
   // The wrapper stays as the walk made it: empty and without attributes.
-  if (!HasArray(record)) return 0;
-  const HostArray handle = record.value.handle;
-  HeldArrayInfo info(session, handle);
-  info.RefuseBounded();
-  const int32_t length = session.GetArrayLength(handle);
-  for (int32_t index = 1; index <= length; ++index) {
-    HostValueRecord item = ReadItem(context, handle, index);
-    SOAPParameter& child = context.parameter.AddParameter("item");
+  const OutgoingArrayItems items(context.session, context.record, kBoundedArray);
+  for (int32_t index = 1; index <= items.Length(); ++index) {
+    HostValueRecord item = ReadItem(context, items.Array(), index);
     // Unlike an encoded array, each item carries its xsi:type and the items' namespace.
-    child.SetName(context.elementName.c_str(), context.elementNamespace.c_str());
-    ConversionContext itemContext = ItemContext(context, child, item);
+    SOAPParameter& element = AddItemElement(context.parameter, context.elementName.c_str(),
+                                            context.elementNamespace.c_str());
+    ConversionContext itemContext = ItemContext(context, element, item);
     context.row->operations->scalarOut(itemContext);
   }
   return 0;

@@ -1,7 +1,6 @@
 #include "types/type_drivers.h"
 
 #include "call/proxy_variables.h"
-#include "composite/name_mapping.h"
 #include "composite/struct_objects.h"
 #include "host/type_namespace_buffer.h"
 #include "support/values/soap_exception.h"
@@ -12,10 +11,6 @@ namespace tssoap {
 namespace {
 
 using ObjectPath = int (*)(ConversionContext& context);
-
-[[noreturn]] void ThrowMappingFailure(const std::string& typeName) {
-  throw SOAPException("Can't map the XML data type: %s", typeName.c_str());
-}
 
 // The way in reads its element and never writes through it; the context holds it as the way
 // out does.
@@ -42,6 +37,18 @@ void ChooseItemName(ConversionContext& context, const std::string& elementName,
   if (ns == nullptr) ns = GetTargetNamespace(context.session, context.proxy);
   if (ns == nullptr) ns = NonEmpty(inheritedNamespace);
   context.elementNamespace = ns != nullptr ? ns : "";
+}
+
+// The context of an array driver: its items named after elementName, in a namespace that may be
+// inherited from inheritFrom (the parameter itself, or the parent that repeated elements stand
+// under).
+ConversionContext ArrayContext(const SOAPParameter& parameter, IHostSession& session,
+                               HostObject proxy, const std::string& typeName,
+                               HostValueRecord& record, const std::string& elementName,
+                               const SOAPParameter& inheritFrom) {
+  ConversionContext context = MakeContext(Readable(parameter), session, proxy, typeName, record);
+  ChooseItemName(context, elementName, inheritFrom.GetName().GetNamespace().Str());
+  return context;
 }
 
 // The row that serves the host value: the declared type's, else its base type's. The failure
@@ -88,12 +95,8 @@ void MakeArrayForAny(ConversionContext& context, XmlTypeCode code) {
     record.value.handle = session.NewUnboundedSimpleArray(record.kind);
     return;
   }
-  const std::string className = ToHostClassName(context.typeName);
-  const HostGroup group = session.FindGroup(className.c_str(), kGroupStructure);
-  const HostClass cls = group != 0 ? session.FindClass(group, className.c_str()) : 0;
   // No class to make the array of: the type can't be mapped.
-  if (cls == 0) ThrowMappingFailure(context.typeName);
-  const HostArray array = session.NewUnboundedObjectArray(cls);
+  const HostArray array = session.NewUnboundedObjectArray(StructClassOf(session, context.typeName));
   if (HostArrayInfo* info = session.GetArrayInfo(array)) {
     record.kind = info->itemKind;
     session.ReleaseArrayInfo(info);
@@ -113,11 +116,7 @@ void MakeMissingArray(ConversionContext& context) {
     record.value.handle = session.NewUnboundedSimpleArray(record.kind);
     return;
   }
-  const std::string className = ToHostClassName(context.typeName);
-  const HostGroup group = session.FindGroup(className.c_str(), kGroupStructure);
-  const HostClass cls = group != 0 ? session.FindClass(group, className.c_str()) : 0;
-  if (cls == 0) ThrowMappingFailure(context.typeName);
-  record.value.handle = session.NewUnboundedObjectArray(cls);
+  record.value.handle = session.NewUnboundedObjectArray(StructClassOf(session, context.typeName));
 }
 
 int RunArrayResponse(ConversionContext& context, RowOperation RowOperations::*slot,
@@ -137,6 +136,10 @@ int RunArrayResponse(ConversionContext& context, RowOperation RowOperations::*sl
 
 }  // namespace
 
+void ThrowMappingFailure(const std::string& typeName) {
+  throw SOAPException("Can't map the XML data type: %s", typeName.c_str());
+}
+
 int ConvertScalarOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
                      const std::string& typeName, HostValueRecord& record) {
   ConversionContext context = MakeContext(parameter, session, proxy, typeName, record);
@@ -152,25 +155,25 @@ int ConvertScalarIn(const SOAPParameter& parameter, IHostSession& session, HostO
 int ConvertEncodedArrayOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
                            const std::string& typeName, HostValueRecord& record,
                            const std::string& elementName) {
-  ConversionContext context = MakeContext(parameter, session, proxy, typeName, record);
-  ChooseItemName(context, elementName, parameter.GetName().GetNamespace().Str());
+  ConversionContext context =
+      ArrayContext(parameter, session, proxy, typeName, record, elementName, parameter);
   return RunRequest(context, &RowOperations::encodedArrayOut, &EncodedObjectsOut);
 }
 
 int ConvertEncodedArrayIn(const SOAPParameter& parameter, IHostSession& session, HostObject proxy,
                           const std::string& typeName, HostValueRecord& record,
                           const std::string& elementName) {
-  ConversionContext context = MakeContext(Readable(parameter), session, proxy, typeName, record);
-  ChooseItemName(context, elementName, parameter.GetName().GetNamespace().Str());
+  ConversionContext context =
+      ArrayContext(parameter, session, proxy, typeName, record, elementName, parameter);
   return RunArrayResponse(context, &RowOperations::encodedArrayIn, &ObjectItemsIn);
 }
 
 int ConvertRepeatedElementsOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
                                const std::string& typeName, HostValueRecord& record,
                                const std::string& elementName, SOAPParameter& parentParameter) {
-  ConversionContext context = MakeContext(parameter, session, proxy, typeName, record);
+  ConversionContext context =
+      ArrayContext(parameter, session, proxy, typeName, record, elementName, parentParameter);
   context.parentParameter = &parentParameter;
-  ChooseItemName(context, elementName, parentParameter.GetName().GetNamespace().Str());
   return RunRequest(context, &RowOperations::repeatedOut, &RepeatedObjectsOut);
 }
 
@@ -178,25 +181,25 @@ int ConvertRepeatedElementsIn(const SOAPParameter& parameter, IHostSession& sess
                               HostObject proxy, const std::string& typeName,
                               HostValueRecord& record, const std::string& elementName,
                               const SOAPParameter& enclosingParameter) {
-  ConversionContext context = MakeContext(Readable(parameter), session, proxy, typeName, record);
+  ConversionContext context =
+      ArrayContext(parameter, session, proxy, typeName, record, elementName, enclosingParameter);
   context.parentParameter = &Readable(enclosingParameter);
-  ChooseItemName(context, elementName, enclosingParameter.GetName().GetNamespace().Str());
   return RunArrayResponse(context, &RowOperations::repeatedIn, &RepeatedObjectsIn);
 }
 
 int ConvertWrappedArrayOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
                            const std::string& typeName, HostValueRecord& record,
                            const std::string& elementName) {
-  ConversionContext context = MakeContext(parameter, session, proxy, typeName, record);
-  ChooseItemName(context, elementName, parameter.GetName().GetNamespace().Str());
+  ConversionContext context =
+      ArrayContext(parameter, session, proxy, typeName, record, elementName, parameter);
   return RunRequest(context, &RowOperations::wrappedOut, &WrappedObjectsOut);
 }
 
 int ConvertWrappedArrayIn(const SOAPParameter& parameter, IHostSession& session, HostObject proxy,
                           const std::string& typeName, HostValueRecord& record,
                           const std::string& elementName) {
-  ConversionContext context = MakeContext(Readable(parameter), session, proxy, typeName, record);
-  ChooseItemName(context, elementName, parameter.GetName().GetNamespace().Str());
+  ConversionContext context =
+      ArrayContext(parameter, session, proxy, typeName, record, elementName, parameter);
   // The wrapper is read as an encoded array that may carry no array attributes at all.
   return RunArrayResponse(context, &RowOperations::encodedArrayIn, &ObjectItemsIn);
 }

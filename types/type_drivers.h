@@ -20,6 +20,10 @@ enum ArrayStyle : int32_t {
   kWrappedArray = 3,      // [ElementName]: a plain wrapper element with item children
 };
 
+// Raises SOAPException "Can't map the XML data type: " + typeName: the type has no row, the host
+// value's kind isn't the row's, or the object path has no description or class for it.
+[[noreturn]] void ThrowMappingFailure(const std::string& typeName);
+
 int ConvertScalarOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
                      const std::string& typeName, HostValueRecord& record);
 int ConvertScalarIn(const SOAPParameter& parameter, IHostSession& session, HostObject proxy,
