@@ -37,22 +37,16 @@ std::optional<std::string> MessageOf(Action&& action) {
 }
 
 // The environment's locale (the host's code page) is `name` for a test; put back afterwards.
-class EnvironmentLocale {
- public:
-  explicit EnvironmentLocale(const char* name) {
-    if (const char* old = std::getenv("LC_ALL")) saved_ = old;
-    setenv("LC_ALL", name, 1);
-    available_ = std::setlocale(LC_ALL, "") != nullptr;
-  }
+struct EnvironmentLocale {
+  explicit EnvironmentLocale(const char* name)
+      : saved(std::getenv("LC_ALL") != nullptr ? std::getenv("LC_ALL") : ""),
+        available(setenv("LC_ALL", name, 1) == 0 && std::setlocale(LC_ALL, "") != nullptr) {}
   ~EnvironmentLocale() {
-    saved_ ? setenv("LC_ALL", saved_->c_str(), 1) : unsetenv("LC_ALL");
+    saved.empty() ? unsetenv("LC_ALL") : setenv("LC_ALL", saved.c_str(), 1);
     std::setlocale(LC_ALL, "C");
   }
-  bool Available() const { return available_; }
-
- private:
-  std::optional<std::string> saved_;
-  bool available_ = false;
+  const std::string saved;
+  const bool available;
 };
 
 // Eight bytes holding number: its low bytes are every narrower member (a little-endian host).

@@ -1,0 +1,233 @@
+// Every row's conversions against the reference host: what each wire text becomes in the host,
+// what each host value goes out as, the messages of both ways, the bytes of the binary rows, and
+// the environment's locale and code page.
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cmath>
+
+#include "types/integer_types.h"
+#include "types_test_support.h"
+
+namespace tssoap {
+namespace {
+
+using types_test::Bits;
+using types_test::MessageOf;
+using types_test::Record;
+using types_test::RowNamed;
+using types_test::TypesHost;
+
+// What a wire text becomes: the message, or the host's text for a string row, or else the text
+// the host value goes out as again.
+std::string Read(TypesHost& host, const char* row, const std::string& text) {
+  HostValueRecord record{};
+  const std::optional<std::string> message =
+      MessageOf([&] { host.FromXmlInto(row, text, record); });
+  EXPECT_EQ(record.kind, RowNamed(row).hostKind) << row << ": the kind is set before any failure";
+  if (message) return *message;
+  return record.kind == kHostString ? host.runtime.StringText(record.value.handle)
+                                    : host.ToXml(row, record).text;
+}
+
+// What a host value goes out as: the text, or the message.
+std::string Write(TypesHost& host, const char* row, HostValueData value) {
+  std::string text;
+  const std::optional<std::string> message =
+      MessageOf([&] { text = host.ToXml(row, Record(RowNamed(row).hostKind, value)).text; });
+  return message.value_or(text);
+}
+
+TEST(RowConversions, ReadWireTexts) {
+  // Row, wire text, and what it becomes (see Read).
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {"unsignedByte", "0000000000000000000000000255", "255"},
+      {"unsignedByte", "256", "Value exceeds XML unsignedByte"},
+      {"unsignedByte", "-0", "Value exceeds XML unsignedByte"},
+      {"byte", "-128", "-128"},
+      {"byte", "300.5", "Value exceeds XML byte"},
+      {"byte", "1.5", "Not a integer"},
+      {"int", "  42\t", "42"},
+      {"int", "+7", "7"},
+      {"int", "5.000", "5"},
+      {"int", "2147483648", "Value exceeds XML int"},
+      {"int", "4e2", "Invalid number format: 4e2"},
+      {"unsignedInt", "-1", "Value exceeds XML unsigned int"},
+      {"long", "9223372036854775808", "Value exceeds XML long"},
+      {"long", "-9223372036854775808", "-9223372036854775808"},
+      {"integer", "99999999999999999999999999",
+       "Can't handle XML integer which >9223372036854775807 or <-9223372036854775808"},
+      {"unsignedLong", "18446744073709551615",
+       "Can't handle XML unsignedLong > 9223372036854775807"},
+      {"nonNegativeInteger", "-1", "Can't handle XML integer which >9223372036854775807 or <0"},
+      {"negativeInteger", "-0",
+       "Can't handle XML 'negativeInteger' which <-9223372036854775808 or >=0"},
+      {"nonPositiveInteger", "-0", "0"},
+      {"nonPositiveInteger", "1",
+       "Can't handle XML 'nonPositiveInteger' which <-9223372036854775808 or >0"},
+      {"positiveInteger", "0",
+       "Can't handle XML 'positiveInteger' which >9223372036854775807 or <=0"},
+      {"boolean", "TRUE", "true"},
+      {"boolean", "FaLsE", "false"},
+      {"boolean", "1", "true"},
+      {"boolean", " true", "can't convert a number to boolean"},
+      {"float", "inf", "INF"},
+      {"float", "-INF", "-INF"},
+      {"float", "nan", "0"},
+      {"float", "1e-50", "0"},
+      {"float", "1e39", "Floating-point overflow: 1e39"},
+      {"float", "", "Could not convert string to floating point: ''"},
+      {"double", "INF", "Floating-point overflow: INF"},
+      {"double", " 1.5 ", "1.5"},
+      {"double", "   ", "0"},
+      {"double", "1e39", "9.9999999999999994E+38"},
+      {"double", "1e-310", "9.99999999999996945E-311"},  // subnormal: fewer digits hold
+      {"double", "1.5x", "Could not convert string to floating point: '1.5x'"},
+      {"double", "+INF", "Could not convert string to floating point: '+INF'"},
+      {"double", "infinity", "Could not convert string to floating point: 'infinity'"},
+      {"double", "0x10", "Could not convert string to floating point: '0x10'"},
+      {"double", "1e400", "Double floating-point overflow: 1e400"},
+      {"double", "1e-400", "Double floating-point underflow: 1e-400"},
+      // A decimal goes to the host as the text it came as, blanks included.
+      {"decimal", "123456789012345678.5", "123456789012345678.5"},
+      {"decimal", "  7 ", "  7 "},
+      {"decimal", "1234567890123456789",
+       "Can't handle XML decimal >999999999999999999 or <-999999999999999999"},
+      {"date", "2003-7-4", "2003-07-04"},
+      {"date", " 999-01-02", " 999-01-02"},
+      {"date", "20031-07-14", "Invalid date format: 20031-07-14"},  // "1" stands where "-" must
+      {"date", "July 4th", "Invalid date format: July 4th"},
+      {"time", "13:05:09.5-05:00", "13:05:09.500"},
+      {"time", "00:00:59.9996", "00:00:60.000"},
+      {"time", "13h05", "Invalid time format: 13h05"},
+      {"dateTime", "2003-07-14T13:05:09.25Z", "2003-07-14T13:05:09.250"},
+      {"dateTime", " 999-01-02T00:00:00", "0999-01-02T00:00:00.000"},
+      {"dateTime", "2003-07-14 13:05:09", "Invalid dateTime format: 2003-07-14 13:05:09"},
+      {"timeInstant", "2003-07-14T13:05:09", ""},
+      {"hexBinary", "610062ff", "610062FF"},
+      {"base64Binary", "AAECA/8=", "AAECA/8="},
+      {"base64", "", ""},
+      // The string rows apply their steps on the way out only, but for anyURI's spaces.
+      {"string", "", ""},
+      {"token", "  a  ", "  a  "},
+      {"gMonthDay", "--05-14", "--05-14"},
+      {"anyURI", "a%20b%2F%2%2520", "a b%2F%2%2520"},
+  };
+  // In an environment whose locale is "C" and in one with a decimal comma, which the conversions
+  // neither follow nor change.
+  for (const char* locale : {"C", "de_DE.UTF-8"}) {
+    types_test::EnvironmentLocale environment(locale);
+    if (!environment.available) continue;
+    TypesHost host;
+    for (const auto& [row, text, result] : cases) {
+      EXPECT_EQ(Read(host, row, text), result) << locale << " " << row << " '" << text << "'";
+    }
+    EXPECT_STREQ(std::localeconv()->decimal_point, locale[0] == 'C' ? "." : ",");
+    EXPECT_EQ(host.runtime.OutstandingDecimalTexts(), 0);
+    EXPECT_TRUE(host.runtime.Misuses().empty());
+  }
+}
+
+TEST(RowConversions, WriteHostValues) {
+  TypesHost host;
+  const auto text = [&](const char* value) { return host.StringValue(value); };
+  const auto real = [](float value) { return HostValueData{.real = value}; };
+  const auto dbl = [](double value) { return HostValueData{.dbl = value}; };
+  const std::tuple<const char*, HostValueData, const char*> cases[] = {
+      {"unsignedByte", Bits(255), "255"},
+      {"unsignedByte", Bits(300), "Value exceeds XML unsignedByte"},
+      {"byte", Bits(-129), "Value exceeds XML byte"},
+      {"unsignedInt", Bits(4294967295), "4294967295"},
+      {"unsignedLong", Bits(-1), "XML unsigned long can't < 0"},
+      {"nonNegativeInteger", Bits(-1),
+       "Value exceeds the range of XML nonNegativeInteger (0 -- 9223372036854775807)"},
+      {"negativeInteger", Bits(0),
+       "Value exceeds the range of XML negativeInteger (-1 -- -9223372036854775808)"},
+      {"nonPositiveInteger", Bits(1),
+       "Value exceeds the range of XML nonPositiveInteger (0 -- -9223372036854775808)"},
+      {"positiveInteger", Bits(0),
+       "Value exceeds the range of XML nonPositiveInteger (1 -- 9223372036854775807)"},
+      {"positiveInteger", Bits(INT64_MAX), "9223372036854775807"},
+      {"boolean", Bits(2), "true"},  // a host may answer any non-zero number for true
+      {"boolean", Bits(0xFFFF), "true"},
+      {"float", real(0.1f), "0.100000001"},
+      {"float", real(NAN), "NaN"},
+      {"double", dbl(HUGE_VAL), "INF"},
+      {"double", dbl(0.1), "0.100000000000000006"},
+      {"double", dbl(1e300), "1.00000000000000005E+300"},
+      {"duration", dbl(3.5), ""},
+      {"string", text("  a \t b  "), "  a \t b  "},
+      {"normalizedString", text("  a\r\nb\t"), "  a  b "},
+      {"token", text("  a \t b  "), "a b"},
+      {"token", text("   "), " "},
+      {"gMonth", text("--05"), "--05--"},
+      {"gMonth", text("05"), "--05--"},
+      {"gMonth", text("--"), "--"},
+      {"gMonthDay", text("05-14"), "--05-14"},
+      {"gDay", text("14"), "---14"},
+      {"gDay", text("-"), "-"},
+      {"anyURI", text("a b%2F"), "a%20b%2F"},
+  };
+  for (const auto& [row, value, result] : cases) {
+    EXPECT_EQ(Write(host, row, value), result) << row;
+  }
+  // A duration or a timeInstant is read as nothing: the host value keeps what it held.
+  EXPECT_EQ(host.FromXml("duration", "P1D", Record(kHostDouble, dbl(3.5))).value.dbl, 3.5);
+  EXPECT_EQ(host.FromXml("timeInstant", "x", Record(kHostUnknown, {.handle = 77})).value.handle,
+            77u);
+  EXPECT_EQ(host.FromXml("boolean", "TRUE", Record(kHostBoolean, Bits(7))).value.uint16, 1);
+}
+
+TEST(BinaryRows, CarryBytesThereAndBackWithTheirLength) {
+  TypesHost host;
+  // The read table covers zero bytes inside; here the empty blob and one of a thousand bytes.
+  for (const char* row : {"base64", "base64Binary", "hexBinary"}) {
+    for (const std::vector<uint8_t>& bytes :
+         {std::vector<uint8_t>{}, std::vector<uint8_t>(1000, 0xA5)}) {
+      HostValueRecord record = Record(kHostBlob);
+      record.value.handle = host.runtime.NewBlob(bytes.data(), static_cast<uint32_t>(bytes.size()));
+      const XmlValueText value = host.ToXml(row, record);
+      EXPECT_FALSE(value.isNull) << "a blob of length 0 is an empty text, not a nil element";
+      const HostValueRecord back = host.FromXml(row, value.text);
+      const auto* data = static_cast<const uint8_t*>(host.runtime.GetBlobData(back.value.handle));
+      EXPECT_EQ(std::vector<uint8_t>(data, data + host.runtime.GetBlobLength(back.value.handle)),
+                bytes)
+          << row << " '" << value.text << "'";
+    }
+    EXPECT_TRUE(MessageOf([&] { host.FromXml(row, "@@@@"); }).has_value()) << row;
+  }
+}
+
+TEST(DecimalText, RefusesWhatIsNoNumberWithTheWholeText) {
+  for (const char* text :
+       {"4 2", "4e2", "0x10", "--1", "+-1", "", "   ", "-", ".", "5.", "1.2.3", "5 .", "1-"}) {
+    EXPECT_EQ(MessageOf([&] { DecimalText scanned(text); }),
+              std::string("Invalid number format: ") + text);
+  }
+  EXPECT_EQ(MessageOf([] { DecimalText scanned(nullptr); }), "Invalid number format: ");
+  // Leading zeros don't count towards the 16-bit digit counts; significant digits beyond them do.
+  EXPECT_EQ(DecimalText((std::string(40000, '0') + "1").c_str()).ToInt64(), 1);
+  EXPECT_TRUE(MessageOf([] { DecimalText(std::string(40000, '9').c_str()); }).has_value());
+}
+
+TEST(StringRows, ReportTextsWithoutAFormInTheOtherCodePageByRow) {
+  TypesHost host;
+  {
+    types_test::EnvironmentLocale utf8("C.UTF-8");
+    EXPECT_EQ(
+        MessageOf([&] { host.ToXml("token", Record(kHostString, host.StringValue("bad \xFF"))); }),
+        "Can't convert DBCS to UCS");
+  }
+  types_test::EnvironmentLocale latin1("en_US.ISO-8859-1");
+  if (!latin1.available) GTEST_SKIP() << "en_US.ISO-8859-1 is not installed";
+  for (const char* row : {"string", "QName", "NOTATION"}) {
+    EXPECT_EQ(MessageOf([&] { host.FromXml(row, "\xE2\x82\xAC"); }), "Can't convert UCS2 to DBCS");
+  }
+  for (const char* row : {"token", "anyURI", "gDay", "ENTITIES"}) {
+    EXPECT_EQ(MessageOf([&] { host.FromXml(row, "\xE2\x82\xAC"); }),
+              "Internal Error with Tessaro SoapClient");
+  }
+}
+
+}  // namespace
+}  // namespace tssoap
