@@ -1,8 +1,10 @@
 // The eight row operations on rows of the table against the reference host: what each writes into
-// an element or the host array, and what a failure leaves behind.
+// an element, its siblings or the host array, and what a failure leaves behind.
 #include "types/row_operations.h"
 
 #include <gtest/gtest.h>
+
+#include <sstream>
 
 #include "host/type_namespace_buffer.h"
 #include "types_test_support.h"
@@ -15,6 +17,24 @@ using types_test::AttributeText;
 using types_test::Bits;
 using types_test::MessageOf;
 using types_test::Record;
+
+// An element in one line: name, text, nil mark, type attribute, array type, children.
+std::string Tree(const SOAPParameter& element) {
+  std::string tree = std::string(element.GetName().GetName().CStr()) + "{" +
+                     element.GetName().GetNamespace().CStr() + "} '" + element.GetString().CStr() +
+                     "'" + (element.IsNull() ? " nil" : "") + (element.IsStruct() ? " struct" : "");
+  std::string ns;
+  if (auto type = AttributeText(element, Vocabulary().type, &ns))
+    tree += " " + *type + "{" + ns + "}";
+  if (auto items = AttributeText(element, Vocabulary().arrayType, &ns))
+    tree += " of " + *items + "{" + ns + "}";
+  const char* separator = " [";
+  for (const SOAPParameter* child : element.GetParams()) {
+    tree += separator + Tree(*child);
+    separator = ", ";
+  }
+  return element.GetParams().Size() > 0 ? tree + "]" : tree;
+}
 
 class RowOperationsTest : public ::testing::Test {
  protected:
@@ -30,49 +50,59 @@ class RowOperationsTest : public ::testing::Test {
     record.value.handle = host.runtime.MakeArray(Value::Array(kind, std::move(items), bounded));
     return record;
   }
-  // Runs operation of row on parameter and record, with parent as the enclosing element.
-  void Run(RowOperation operation, const char* row, SOAPParameter& parameter,
-           HostValueRecord& record, SOAPParameter* parent = nullptr) {
+  // Runs operation of row on parameter and record, with parent as the enclosing element; the
+  // message, or "ok".
+  std::string Run(RowOperation operation, const char* row, SOAPParameter& parameter,
+                  HostValueRecord& record, SOAPParameter* parent = nullptr) {
     ConversionContext context = host.Context(parameter, record, row);
     context.elementName = "item";
     context.elementNamespace = "urn:items";
     context.parentParameter = parent;
-    operation(context);
-  }
-  Value::Items ItemsOf(const HostValueRecord& record) {
-    return host.runtime.ReadArray(record.value.handle).AsItems();
+    return MessageOf([&] { operation(context); }).value_or("ok");
   }
 
   types_test::TypesHost host;
 };
 
-// Name, text, nil mark and type attribute of an element, for comparing in one line.
-std::string Shape(const SOAPParameter& element) {
-  std::string ns;
-  const std::optional<std::string> type = AttributeText(element, Vocabulary().type, &ns);
-  return std::string(element.GetName().GetName().CStr()) + "{" +
-         element.GetName().GetNamespace().CStr() + "} '" + element.GetString().CStr() + "'" +
-         (element.IsNull() ? " nil" : "") + (type ? " " + *type + "{" + ns + "}" : "");
-}
-
-TEST_F(RowOperationsTest, ScalarOutTypesValuesAndMarksNullsNil) {
-  SOAPParameter null;
-  null.SetString("before");
-  HostValueRecord nullRecord = Record(kHostBoolean, {}, true);
-  Run(&ScalarOut, "boolean", null, nullRecord);
-  EXPECT_EQ(Shape(null), "{} 'before' nil");  // no type, and no ClearValue for a null
-
-  SOAPParameter typed;
-  HostValueRecord value = Record(kHostBoolean, Bits(1));
-  Run(&ScalarOut, "boolean", typed, value);
-  EXPECT_EQ(Shape(typed), "{} 'true' boolean{urn:types}");
-
-  SOAPParameter untouched;
-  untouched.SetString("before");
-  HostValueRecord tooLarge = Record(kHostUint, Bits(300));
-  EXPECT_EQ(MessageOf([&] { Run(&ScalarOut, "unsignedByte", untouched, tooLarge); }),
-            "Value exceeds XML unsignedByte");
-  EXPECT_EQ(Shape(untouched), "{} 'before'");
+TEST_F(RowOperationsTest, OutOperationsWriteTheElementItsChildrenOrItsSiblings) {
+  const Value T = Value::Boolean(true), F = Value::Boolean(false), N = Value::Null(kHostBoolean);
+  const HostValueRecord null = Record(kHostBoolean, {}, true);
+  const std::string enc = kSoapEncNamespace;
+  // Operation, row, host value, then the message, the element "flag" (which starts with the text
+  // "before") and the method element around it, after the call.
+  const std::tuple<RowOperation, const char*, HostValueRecord, std::string> cases[] = {
+      {&ScalarOut, "boolean", null, "ok | flag{urn:m} 'before' nil | call{urn:m} ''"},
+      {&ScalarOut, "boolean", Record(kHostBoolean, Bits(1)),
+       "ok | flag{urn:m} 'true' boolean{urn:types} | call{urn:m} ''"},
+      {&ScalarOut, "unsignedByte", Record(kHostUint, Bits(300)),
+       "Value exceeds XML unsignedByte | flag{urn:m} 'before' | call{urn:m} ''"},
+      {&EncodedArrayOut, "boolean", Array(kHostBoolean, {T, N, F}),
+       "ok | flag{urn:m} '' struct Array{" + enc +
+           "} of boolean[3]{urn:types} [item{} 'true', item{} '' nil, item{} 'false'] | "
+           "call{urn:m} ''"},
+      {&EncodedArrayOut, "boolean", null,
+       "ok | flag{urn:m} '' struct Array{" + enc + "} of boolean[0]{urn:types} | call{urn:m} ''"},
+      // Every item is converted before the parameter is touched.
+      {&EncodedArrayOut, "unsignedByte", Array(kHostUint, {Value::Uint(1), Value::Uint(300)}),
+       "Value exceeds XML unsignedByte | flag{urn:m} 'before' | call{urn:m} ''"},
+      {&RepeatedOut, "boolean", Array(kHostBoolean, {F, N}),
+       "ok | flag{urn:m} 'before' | call{urn:m} '' [flag{urn:m} 'false' boolean{urn:types}, "
+       "flag{urn:m} '' nil]"},
+      {&RepeatedOut, "boolean", Array(kHostBoolean, {}),
+       "ok | flag{urn:m} 'before' | call{urn:m} ''"},
+      {&WrappedOut, "boolean", Array(kHostBoolean, {T}),
+       "ok | flag{urn:m} 'before' [item{urn:items} 'true' boolean{urn:types}] | call{urn:m} ''"},
+      {&WrappedOut, "boolean", null, "ok | flag{urn:m} 'before' | call{urn:m} ''"},
+  };
+  for (auto [operation, row, record, after] : cases) {
+    SOAPParameter method;
+    method.SetName("call", "urn:m");
+    SOAPParameter parameter;
+    parameter.SetName("flag", "urn:m");
+    parameter.SetString("before");
+    const std::string message = Run(operation, row, parameter, record, &method);
+    EXPECT_EQ(message + " | " + Tree(parameter) + " | " + Tree(method), after);
+  }
 }
 
 TEST_F(RowOperationsTest, ScalarInTakesNilAsNullAndParsesByTheDeclaredRow) {
@@ -91,33 +121,39 @@ TEST_F(RowOperationsTest, ScalarInTakesNilAsNullAndParsesByTheDeclaredRow) {
   EXPECT_EQ(parsed.value.int32, 42);
 }
 
-TEST_F(RowOperationsTest, EncodedArrayOutWritesATypedSoapArray) {
-  SOAPParameter parameter;
-  HostValueRecord record =
-      Array(kHostBoolean, {Value::Boolean(true), Value::Null(kHostBoolean), Value::Boolean(false)});
-  Run(&EncodedArrayOut, "boolean", parameter, record);
-  std::string ns;
-  EXPECT_EQ(Shape(parameter), "{} '' Array{" + std::string(kSoapEncNamespace) + "}");
-  EXPECT_EQ(AttributeText(parameter, Vocabulary().arrayType, &ns), "boolean[3]");
-  EXPECT_EQ(ns, "urn:types");
-  EXPECT_TRUE(parameter.IsStruct());
-  std::vector<std::string> items;
-  for (const SOAPParameter* child : parameter.GetParams()) items.push_back(Shape(*child));
-  EXPECT_EQ(items, (std::vector<std::string>{"item{} 'true'", "item{} '' nil", "item{} 'false'"}));
-
-  SOAPParameter empty;
-  HostValueRecord null = Record(kHostBoolean, {}, true);
-  Run(&EncodedArrayOut, "boolean", empty, null);
-  EXPECT_EQ(AttributeText(empty, Vocabulary().arrayType), "boolean[0]");
-  EXPECT_EQ(empty.GetParams().Size(), 0u);
-
-  // Every item is converted before the parameter is touched.
-  SOAPParameter untouched;
-  untouched.SetString("before");
-  HostValueRecord tooLarge = Array(kHostUint, {Value::Uint(1), Value::Uint(300)});
-  EXPECT_EQ(MessageOf([&] { Run(&EncodedArrayOut, "unsignedByte", untouched, tooLarge); }),
-            "Value exceeds XML unsignedByte");
-  EXPECT_EQ(Shape(untouched), "{} 'before'");
+TEST_F(RowOperationsTest, ArrayInOperationsWriteEachSlotOfTheHostArray) {
+  // Operation, row, the children of the element ("name=text", or "name" for a nil one), the
+  // namespace of the name RepeatedIn looks for, then the message and the host array.
+  const std::tuple<RowOperation, const char*, const char*, const char*, const char*, const char*>
+      cases[] = {
+          {&EncodedArrayIn, "string", "item=a item item=", "", "ok",
+           R"(array of string [string "a", null string, string ""])"},
+          {&EncodedArrayIn, "int", "item=1 item=x item=3", "", "Invalid number format: x",
+           "array of long [long 1]"},
+          // A duration's items are read as nothing and written as 0.0, a nil one included.
+          {&EncodedArrayIn, "duration", "item=a item item=", "", "ok",
+           "array of double [double 0, double 0, double 0]"},
+          // Children named otherwise are skipped, an empty namespace matches the children's
+          // absent one, and "x" ends the walk quietly: the items before it stay, the rest is
+          // dropped.
+          {&RepeatedIn, "int", "a=1 b=2 a=3 a=x a=5", "", "ok", "array of long [long 1, long 3]"},
+          {&RepeatedIn, "int", "a=1", "urn:elsewhere", "ok", "array of long []"},
+      };
+  for (const auto& [operation, row, children, ns, message, items] : cases) {
+    SOAPParameter element;
+    std::istringstream words(children);
+    for (std::string child; words >> child;) {
+      const size_t equals = child.find('=');
+      SOAPParameter& added = element.AddParameter(child.substr(0, equals).c_str());
+      equals == std::string::npos ? added.SetNull(true) : added.SetString(&child[equals + 1]);
+    }
+    SOAPParameter name;
+    name.SetName("a", ns);
+    HostValueRecord record = Array(types_test::RowNamed(row).hostKind, {});
+    EXPECT_EQ(Run(operation, row, operation == &RepeatedIn ? name : element, record, &element),
+              message);
+    EXPECT_EQ(testhost::Describe(host.runtime.ReadArray(record.value.handle)), items);
+  }
 }
 
 TEST_F(RowOperationsTest, EveryArrayOperationRefusesABoundedArray) {
@@ -126,86 +162,10 @@ TEST_F(RowOperationsTest, EveryArrayOperationRefusesABoundedArray) {
     SOAPParameter parameter;
     SOAPParameter parent;
     HostValueRecord record = Array(kHostBoolean, {Value::Boolean(true)}, true);
-    EXPECT_EQ(MessageOf([&] { Run(operation, "boolean", parameter, record, &parent); }),
+    EXPECT_EQ(Run(operation, "boolean", parameter, record, &parent),
               "SoapClient Error: Can't support Bounded array");
     EXPECT_EQ(parameter.GetParams().Size() + parent.GetParams().Size(), 0u);
   }
-}
-
-TEST_F(RowOperationsTest, EncodedArrayInWritesEachSlotAndStopsAtAFailingItem) {
-  SOAPParameter strings;
-  strings.AddParameter("item").SetString("a");
-  strings.AddParameter("item").SetNull(true);
-  strings.AddParameter("item").SetString("");
-  HostValueRecord record = Array(kHostString, {});
-  Run(&EncodedArrayIn, "string", strings, record);
-  EXPECT_EQ(ItemsOf(record),
-            (Value::Items{Value::String("a"), Value::Null(kHostString), Value::String("")}));
-
-  SOAPParameter numbers;
-  for (const char* text : {"1", "x", "3"}) numbers.AddParameter("item").SetString(text);
-  HostValueRecord longs = Array(kHostLong, {});
-  EXPECT_EQ(MessageOf([&] { Run(&EncodedArrayIn, "int", numbers, longs); }),
-            "Invalid number format: x");
-  EXPECT_EQ(ItemsOf(longs), (Value::Items{Value::Long(1)}));
-
-  // A duration's items are read as nothing and written as 0.0, a nil one included.
-  HostValueRecord durations = Array(kHostDouble, {});
-  Run(&EncodedArrayIn, "duration", strings, durations);
-  EXPECT_EQ(ItemsOf(durations), (Value::Items(3, Value::Double(0))));
-}
-
-TEST_F(RowOperationsTest, RepeatedOutAddsOneTypedSiblingPerItem) {
-  SOAPParameter method;
-  method.SetName("call", "urn:method");
-  SOAPParameter parameter;
-  parameter.SetName("flag", "urn:method");
-  HostValueRecord record = Array(kHostBoolean, {Value::Boolean(false), Value::Null(kHostBoolean)});
-  Run(&RepeatedOut, "boolean", parameter, record, &method);
-  ASSERT_EQ(method.GetParams().Size(), 2u);
-  EXPECT_EQ(Shape(*method.GetParams()[0]), "flag{urn:method} 'false' boolean{urn:types}");
-  EXPECT_EQ(Shape(*method.GetParams()[1]), "flag{urn:method} '' nil");
-  EXPECT_EQ(parameter.GetParams().Size(), 0u);
-
-  SOAPParameter empty;
-  HostValueRecord none = Array(kHostBoolean, {});
-  Run(&RepeatedOut, "boolean", parameter, none, &empty);
-  EXPECT_EQ(empty.GetParams().Size(), 0u);
-}
-
-TEST_F(RowOperationsTest, RepeatedInTakesMatchingChildrenAndEndsQuietly) {
-  SOAPParameter response;
-  for (const auto& [name, text] : std::initializer_list<std::pair<const char*, const char*>>{
-           {"a", "1"}, {"b", "2"}, {"a", "3"}, {"a", "x"}, {"a", "5"}}) {
-    response.AddParameter(name).SetString(text);
-  }
-  SOAPParameter parameter;
-  parameter.SetName("a", "");  // an empty namespace matches the children's absent one
-  HostValueRecord record = Array(kHostLong, {});
-  EXPECT_EQ(MessageOf([&] { Run(&RepeatedIn, "int", parameter, record, &response); }),
-            std::nullopt);
-  // "x" ends the walk: the items before it stay, the rest is dropped.
-  EXPECT_EQ(ItemsOf(record), (Value::Items{Value::Long(1), Value::Long(3)}));
-
-  parameter.SetName("a", "urn:elsewhere");
-  HostValueRecord none = Array(kHostLong, {});
-  Run(&RepeatedIn, "int", parameter, none, &response);
-  EXPECT_TRUE(ItemsOf(none).empty());
-}
-
-TEST_F(RowOperationsTest, WrappedOutWritesTypedItemsInTheItemNamespace) {
-  SOAPParameter wrapper;
-  HostValueRecord record = Array(kHostBoolean, {Value::Boolean(true)});
-  Run(&WrappedOut, "boolean", wrapper, record);
-  ASSERT_EQ(wrapper.GetParams().Size(), 1u);
-  EXPECT_EQ(Shape(*wrapper.GetParams()[0]), "item{urn:items} 'true' boolean{urn:types}");
-  EXPECT_EQ(Shape(wrapper), "{} ''");
-
-  SOAPParameter empty;
-  HostValueRecord null = Record(kHostBoolean, {}, true);
-  Run(&WrappedOut, "boolean", empty, null);
-  EXPECT_EQ(Shape(empty), "{} ''");
-  EXPECT_EQ(empty.GetParams().Size(), 0u);
 }
 
 }  // namespace
