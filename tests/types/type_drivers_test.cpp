@@ -36,17 +36,14 @@ TEST(ConvertScalarOut, ChecksTheKindAndFallsBackToTheBaseType) {
       {"", number, nullptr}};
   for (auto [typeName, record, typeAttribute] : cases) {
     SOAPParameter parameter;
-    const std::optional<std::string> message =
-        MessageOf([&] { ConvertScalarOut(parameter, host.runtime, host.proxy, typeName, record); });
+    std::string result = MessageOf([&] {
+                           ConvertScalarOut(parameter, host.runtime, host.proxy, typeName, record);
+                         }).value_or("");
     std::string ns;
-    const std::optional<std::string> type = AttributeText(parameter, Vocabulary().type, &ns);
-    if (typeAttribute == nullptr) {
-      EXPECT_EQ(message, std::string("Can't map the XML data type: ") + typeName);
-      EXPECT_EQ(type, std::nullopt) << typeName;
-    } else {
-      EXPECT_EQ(message, std::nullopt) << typeName;
-      EXPECT_EQ(type.value_or("") + "{" + ns + "}", typeAttribute) << typeName;
-    }
+    if (auto type = AttributeText(parameter, Vocabulary().type, &ns))
+      result += *type + "{" + ns + "}";
+    EXPECT_EQ(result, typeAttribute ? typeAttribute
+                                    : "Can't map the XML data type: " + std::string(typeName));
   }
   EXPECT_TRUE(host.runtime.Misuses().empty());
 }
@@ -88,52 +85,45 @@ TEST(ArrayDrivers, ChooseTheItemsNamespaceInOrder) {
   }
 }
 
-TEST(ArrayDrivers, MakeAnArrayOfTheDeclaredKindForAValueOfKindAny) {
+TEST(ArrayDrivers, MakeTheArrayAResponseNeedsOrRefuseTheType) {
   TypesHost host;
   SOAPParameter response;
   response.AddParameter("item").SetString("7");
   response.AddParameter("item").SetString("8");
-  HostValueRecord record = Record(kHostAny);
-  record.isArray = 1;
-  ConvertEncodedArrayIn(response, host.runtime, host.proxy, "xsd:int", record, "item");
-  EXPECT_EQ(record.kind, kHostLong);
-  EXPECT_EQ(host.runtime.ReadArray(record.value.handle).AsItems(),
-            (Value::Items{Value::Long(7), Value::Long(8)}));
-  // No row and no structure class for the type: nothing to make the array of.
-  HostValueRecord unknown = Record(kHostAny);
-  unknown.isArray = 1;
-  EXPECT_EQ(MessageOf([&] {
-              ConvertWrappedArrayIn(response, host.runtime, host.proxy, "tns:Nothing", unknown,
-                                    "item");
-            }),
-            "Can't map the XML data type: tns:Nothing");
-  EXPECT_EQ(host.runtime.OutstandingArrayInfos(), 0);
-}
-
-TEST(ArrayDrivers, MakeAnArrayOfTheHostsOwnKindWhenTheValueHoldsNone) {
-  TypesHost host;
-  SOAPParameter response;
-  response.AddParameter("item").SetString("a");
-  response.AddParameter("item").SetString("b");
-  // A typed array result is read flags-only, and a null array argument holds no handle either.
-  for (const bool isNull : {false, true}) {
-    HostValueRecord record = Record(kHostString, {}, isNull);
+  using Driver = decltype(&ConvertEncodedArrayIn);
+  // Driver, the host value's kind and null flag (it holds no array), the declared type, and the
+  // new host array after the call, or the message (and then no array is made).
+  const std::tuple<Driver, HostValueKind, bool, const char*, const char*> cases[] = {
+      // A value of kind any gets an array of the declared type's kind.
+      {&ConvertEncodedArrayIn, kHostAny, false, "xsd:int", "array of long [long 7, long 8]"},
+      // A typed array result is read flags-only, and a null array argument holds no handle
+      // either: each gets a new array of the host's own kind.
+      {&ConvertWrappedArrayIn, kHostString, false, "xsd:string",
+       R"(array of string [string "7", string "8"])"},
+      {&ConvertWrappedArrayIn, kHostString, true, "xsd:string",
+       R"(array of string [string "7", string "8"])"},
+      // No row and no structure class for the type, or a type that doesn't serve the host's kind.
+      {&ConvertWrappedArrayIn, kHostAny, false, "tns:Nothing",
+       "Can't map the XML data type: tns:Nothing"},
+      {&ConvertEncodedArrayIn, kHostLong, false, "xsd:string",
+       "Can't map the XML data type: xsd:string"},
+  };
+  for (const auto& [driver, kind, isNull, typeName, result] : cases) {
+    HostValueRecord record = Record(kind, {}, isNull);
     record.isArray = 1;
-    ConvertWrappedArrayIn(response, host.runtime, host.proxy, "xsd:string", record, "item");
+    const int arraysBefore = host.runtime.CallCount("NewUnboundedSimpleArray");
+    const std::optional<std::string> message =
+        MessageOf([&] { driver(response, host.runtime, host.proxy, typeName, record, "item"); });
+    if (message) {
+      EXPECT_EQ(*message, result);
+      EXPECT_EQ(host.runtime.CallCount("NewUnboundedSimpleArray"), arraysBefore) << typeName;
+      continue;
+    }
+    const Value array = host.runtime.ReadArray(record.value.handle);
+    EXPECT_EQ(testhost::Describe(array), result);
+    EXPECT_EQ(record.kind, array.kind);
     EXPECT_EQ(record.isNull, 0);
-    EXPECT_EQ(host.runtime.ReadArray(record.value.handle).AsItems(),
-              (Value::Items{Value::String("a"), Value::String("b")}));
   }
-  // A type that doesn't serve the host's kind is refused before any array is made.
-  HostValueRecord mismatch = Record(kHostLong);
-  mismatch.isArray = 1;
-  const int arraysBefore = host.runtime.CallCount("NewUnboundedSimpleArray");
-  EXPECT_EQ(MessageOf([&] {
-              ConvertEncodedArrayIn(response, host.runtime, host.proxy, "xsd:string", mismatch,
-                                    "item");
-            }),
-            "Can't map the XML data type: xsd:string");
-  EXPECT_EQ(host.runtime.CallCount("NewUnboundedSimpleArray"), arraysBefore);
   EXPECT_EQ(host.runtime.OutstandingArrayInfos(), 0);
 }
 
