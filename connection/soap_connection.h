@@ -17,14 +17,12 @@ inline constexpr int32_t kCreateInstanceNoObject = 101;
 
 class SoapConnection final : public HostNonVisualObjectBase {
  public:
-  // Runs the method of that number (host/class_description.h); unknown numbers do nothing.
-  // Always answers 0: outcomes are the long in the call's result value. Nothing is thrown.
-  int32_t Invoke(IHostSession* session, HostObject object, uint16_t methodNumber,
-                 HostCallInfo* info) override;
-
   const ConnectionSettings& Settings() const { return settings_; }
 
  private:
+  // createinstance (both forms), setoptions, setproxyserveroptions; outcomes are the long in the
+  // call's result value.
+  void Run(IHostSession& session, uint16_t methodNumber, HostCallInfo& info) override;
   void CreateInstance(IHostSession& session, HostCallInfo& info);
   // setoptions (proxyServer false) and setproxyserveroptions (true).
   void SetOptions(IHostSession& session, HostCallInfo& info, bool proxyServer);

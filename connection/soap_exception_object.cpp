@@ -14,30 +14,23 @@ std::string_view FaultPart(std::string_view details, std::string_view openTag,
   return details.substr(start, close - start);
 }
 
-int32_t SoapException::Invoke(IHostSession* session, HostObject, uint16_t methodNumber,
-                              HostCallInfo* info) {
-  if (session == nullptr || info == nullptr) return 0;
-  try {
-    switch (methodNumber) {
-      case kGetFaultCode:
-        WriteFaultPart(*info, kFaultCodeOpen, kFaultCodeClose);
-        break;
-      case kGetFaultString:
-        WriteFaultPart(*info, kFaultStringOpen, kFaultStringClose);
-        break;
-      case kGetDetailMessage:
-        WriteFaultPart(*info, kDetailMessageOpen, kDetailMessageClose);
-        break;
-      case kSetDetails:
-        SetDetails(*session, *info);
-        break;
-      default:
-        break;
-    }
-  } catch (...) {
-    // Only an allocation of our own can fail here; the host must not see it.
+void SoapException::Run(IHostSession& session, uint16_t methodNumber, HostCallInfo& info) {
+  switch (methodNumber) {
+    case kGetFaultCode:
+      WriteFaultPart(info, kFaultCodeOpen, kFaultCodeClose);
+      break;
+    case kGetFaultString:
+      WriteFaultPart(info, kFaultStringOpen, kFaultStringClose);
+      break;
+    case kGetDetailMessage:
+      WriteFaultPart(info, kDetailMessageOpen, kDetailMessageClose);
+      break;
+    case kSetDetails:
+      SetDetails(session, info);
+      break;
+    default:
+      break;
   }
-  return 0;
 }
 
 void SoapException::WriteFaultPart(HostCallInfo& info, std::string_view openTag,
@@ -48,16 +41,11 @@ void SoapException::WriteFaultPart(HostCallInfo& info, std::string_view openTag,
 }
 
 void SoapException::SetDetails(IHostSession& session, HostCallInfo& info) {
-  if (info.arguments == nullptr || info.arguments->GetCount() < 1) return;
-  IHostValue* argument = info.arguments->GetAt(0);
-  if (argument == nullptr) return;
-  HostString string = argument->GetString();
-  if (string == 0) return;
-  const char* text = session.GetStringText(string);
+  const char* text = StringArgument(session, info, 0);
   if (text == nullptr) return;
   details_ = text;
   // The description declares a string result; the host gets this number all the same.
-  if (info.returnValue != nullptr) info.returnValue->SetLong(0);
+  SetLongResult(info, 0);
 }
 
 }  // namespace tssoap

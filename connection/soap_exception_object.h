@@ -27,14 +27,11 @@ std::string_view FaultPart(std::string_view details, std::string_view openTag,
 
 class SoapException final : public HostNonVisualObjectBase {
  public:
-  // getFaultCode, getFaultString, getDetailMessage, SetDetails (host/class_description.h); other
-  // numbers do nothing. Always answers 0; nothing is thrown.
-  int32_t Invoke(IHostSession* session, HostObject object, uint16_t methodNumber,
-                 HostCallInfo* info) override;
-
   const std::string& Details() const { return details_; }
 
  private:
+  // getFaultCode, getFaultString, getDetailMessage, SetDetails.
+  void Run(IHostSession& session, uint16_t methodNumber, HostCallInfo& info) override;
   void WriteFaultPart(HostCallInfo& info, std::string_view openTag, std::string_view closeTag);
   void SetDetails(IHostSession& session, HostCallInfo& info);
 
