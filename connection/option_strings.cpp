@@ -32,13 +32,10 @@ bool OpenLog(const std::string& value, ConnectionSettings&) {
   return true;
 }
 
-bool SetUserId(const std::string& value, ConnectionSettings& settings) {
-  settings.userId = value;
-  return true;
-}
-
-bool SetPassword(const std::string& value, ConnectionSettings& settings) {
-  settings.password = value;
+// The options whose quoted text is the setting itself.
+template <std::string ConnectionSettings::*setting>
+bool SetText(const std::string& value, ConnectionSettings& settings) {
+  settings.*setting = value;
   return true;
 }
 
@@ -69,28 +66,18 @@ bool SetProxyAddress(const std::string& value, ConnectionSettings& settings) {
   return SetProxyServerAddress(value, settings);
 }
 
-bool SetProxyUserId(const std::string& value, ConnectionSettings& settings) {
-  settings.proxyUserId = value;
-  return true;
-}
-
-bool SetProxyPassword(const std::string& value, ConnectionSettings& settings) {
-  settings.proxyPassword = value;
-  return true;
-}
-
 constexpr std::array<OptionKey, 5> kServiceKeys{{
     {"soaplog", kQuotedValue, &OpenLog},
-    {"userid", kQuotedValue, &SetUserId},
-    {"password", kQuotedValue, &SetPassword},
+    {"userid", kQuotedValue, &SetText<&ConnectionSettings::userId>},
+    {"password", kQuotedValue, &SetText<&ConnectionSettings::password>},
     {"timeout", kNumberValue, &SetTimeout},
     {"connectioncache", kWordValue, &SetConnectionCache},
 }};
 
 constexpr std::array<OptionKey, 3> kProxyServerKeys{{
     {"address", kQuotedValue, &SetProxyAddress},
-    {"userid", kQuotedValue, &SetProxyUserId},
-    {"password", kQuotedValue, &SetProxyPassword},
+    {"userid", kQuotedValue, &SetText<&ConnectionSettings::proxyUserId>},
+    {"password", kQuotedValue, &SetText<&ConnectionSettings::proxyPassword>},
 }};
 
 template <size_t N>
