@@ -48,6 +48,14 @@ void Runtime::Cell::StoreHandle(const char* operation, HostValueKind kind, uint3
   handle_ = handle;
 }
 
+void Runtime::Cell::StoreNamedHandle(const char* operation, HostValueKind kind, uint32_t handle,
+                                     const char* what) {
+  if (!runtime_.model_->HandleKnown(kind, handle)) {
+    runtime_.Misuse(std::string(operation) + ": no " + what);
+  }
+  StoreHandle(operation, kind, handle);
+}
+
 HostValueKind Runtime::Cell::GetKind() {
   runtime_.Note(__func__);
   return kind_;
@@ -130,33 +138,27 @@ void Runtime::Cell::SetReal(float value) { StoreReal(__func__, kHostReal, value)
 void Runtime::Cell::SetDouble(double value) { StoreReal(__func__, kHostDouble, value); }
 
 void Runtime::Cell::SetDecimal(HostDecimal value) {
-  if (runtime_.model_->decimals.count(value) == 0) runtime_.Misuse("SetDecimal: no decimal");
-  StoreHandle(__func__, kHostDecimal, value);
+  StoreNamedHandle(__func__, kHostDecimal, value, "decimal");
 }
 void Runtime::Cell::SetStringHandle(HostString value) {
-  if (runtime_.model_->strings.count(value) == 0) runtime_.Misuse("SetStringHandle: no string");
-  StoreHandle(__func__, kHostString, value);
+  StoreNamedHandle(__func__, kHostString, value, "string");
 }
 void Runtime::Cell::SetStringText(const char* text) {
   if (text == nullptr) runtime_.Misuse("SetStringText: null text");
   StoreHandle(__func__, kHostString, runtime_.model_->AddString(text != nullptr ? text : ""));
 }
 void Runtime::Cell::SetTime(HostTime value) {
-  if (runtime_.model_->times.count(value) == 0) runtime_.Misuse("SetTime: no time");
-  StoreHandle(__func__, kHostTime, value);
+  StoreNamedHandle(__func__, kHostTime, value, "time");
 }
 void Runtime::Cell::SetDate(HostDate value) {
-  if (runtime_.model_->dates.count(value) == 0) runtime_.Misuse("SetDate: no date");
-  StoreHandle(__func__, kHostDate, value);
+  StoreNamedHandle(__func__, kHostDate, value, "date");
 }
 void Runtime::Cell::SetDateTime(HostDateTime value) {
-  if (runtime_.model_->datetimes.count(value) == 0) runtime_.Misuse("SetDateTime: no datetime");
-  StoreHandle(__func__, kHostDateTime, value);
+  StoreNamedHandle(__func__, kHostDateTime, value, "datetime");
 }
 void Runtime::Cell::SetLongLong(int64_t value) { StoreInteger(__func__, kHostLongLong, value); }
 void Runtime::Cell::SetBlob(HostBlob value) {
-  if (runtime_.model_->blobs.count(value) == 0) runtime_.Misuse("SetBlob: no blob");
-  StoreHandle(__func__, kHostBlob, value);
+  StoreNamedHandle(__func__, kHostBlob, value, "blob");
 }
 
 void Runtime::Cell::SetArray(HostArray value) {

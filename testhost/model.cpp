@@ -48,6 +48,29 @@ ArrayData* Runtime::Model::FindArray(HostArray array, const char* operation) {
   return Known(arrays, array, operation, "array");
 }
 
+bool Runtime::Model::HandleKnown(int kind, uint32_t handle) const {
+  switch (kind) {
+    case kHostString:
+      return strings.count(handle) != 0;
+    case kHostDecimal:
+      return decimals.count(handle) != 0;
+    case kHostBlob:
+      return blobs.count(handle) != 0;
+    case kHostDate:
+      return dates.count(handle) != 0;
+    case kHostTime:
+      return times.count(handle) != 0;
+    case kHostDateTime:
+      return datetimes.count(handle) != 0;
+    case kObjectSlot:
+      return handle == 0 || objects.count(handle) != 0;
+    case kArraySlot:
+      return handle == 0 || arrays.count(handle) != 0;
+    default:
+      return true;
+  }
+}
+
 HostClass Runtime::Model::ClassByName(std::string_view name) const {
   for (const auto& [handle, cls] : classes) {
     if (cls.name == name) return handle;

@@ -175,6 +175,9 @@ struct Runtime::Model {
   ClassDef* FindClassDef(HostClass cls, const char* operation);
   ObjectData* FindObject(HostObject object, const char* operation);
   ArrayData* FindArray(HostArray array, const char* operation);
+  // Whether a handle a value of that kind (a HostValueKind, kObjectSlot or kArraySlot) stores names
+  // a thing of that kind; kinds without handles always do.
+  bool HandleKnown(int kind, uint32_t handle) const;
   HostClass ClassByName(std::string_view name) const;
   std::string ClassName(HostClass cls) const;
 

@@ -25,30 +25,6 @@ bool SlotMatches(bool isArray, bool isObject, HostValueKind declared, int kind) 
   }
 }
 
-// The handle a stored value of that kind must name, checked before it is stored.
-bool HandleKnown(const Runtime::Model& model, int kind, uint32_t handle) {
-  switch (kind) {
-    case kHostString:
-      return model.strings.count(handle) != 0;
-    case kHostDecimal:
-      return model.decimals.count(handle) != 0;
-    case kHostBlob:
-      return model.blobs.count(handle) != 0;
-    case kHostDate:
-      return model.dates.count(handle) != 0;
-    case kHostTime:
-      return model.times.count(handle) != 0;
-    case kHostDateTime:
-      return model.datetimes.count(handle) != 0;
-    case kObjectSlot:
-      return handle == 0 || model.objects.count(handle) != 0;
-    case kArraySlot:
-      return handle == 0 || model.arrays.count(handle) != 0;
-    default:
-      return true;
-  }
-}
-
 Runtime::Stored Integer(int64_t value) { return Runtime::Stored{false, value, 0, 0}; }
 Runtime::Stored Real(double value) { return Runtime::Stored{false, 0, value, 0}; }
 Runtime::Stored Handle(uint32_t handle) { return Runtime::Stored{handle == 0, 0, 0, handle}; }
@@ -97,7 +73,7 @@ ArrayData* ItemArray(Runtime::Model& model, const char* operation, HostArray arr
 // A value may be stored when it is null or names a thing of its kind; else the misuse is recorded.
 bool Storable(Runtime::Model& model, const char* operation, int kind,
               const Runtime::Stored& value) {
-  if (value.isNull || HandleKnown(model, kind, value.handle)) return true;
+  if (value.isNull || model.HandleKnown(kind, value.handle)) return true;
   model.Misuse(std::string(operation) + " with unknown handle " + std::to_string(value.handle));
   return false;
 }

@@ -458,6 +458,9 @@ class Runtime::Cell final : public IHostValue {
   void StoreInteger(const char* operation, HostValueKind kind, int64_t value);
   void StoreReal(const char* operation, HostValueKind kind, double value);
   void StoreHandle(const char* operation, HostValueKind kind, uint32_t handle);
+  // Stores a handle, recording a misuse when it names no thing of that kind.
+  void StoreNamedHandle(const char* operation, HostValueKind kind, uint32_t handle,
+                        const char* what);
 
   Runtime& runtime_;
   HostValueKind kind_;
