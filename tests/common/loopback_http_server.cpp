@@ -1,6 +1,7 @@
 #include "common/loopback_http_server.h"
 
 #include <arpa/inet.h>
+#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <strings.h>
@@ -10,8 +11,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
-#include <optional>
+#include <fstream>
+#include <sstream>
 #include <utility>
 
 namespace tssoap::test {
@@ -25,35 +28,6 @@ std::string_view Trim(std::string_view text) {
   size_t begin = text.find_first_not_of(" \t");
   if (begin == std::string_view::npos) return {};
   return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
-}
-
-// The trimmed value of the first header line named name, in any case.
-std::optional<std::string_view> FindHeader(std::string_view block, std::string_view name) {
-  for (size_t start = 0; start < block.size();) {
-    size_t end = std::min(block.find("\r\n", start), block.size());
-    std::string_view line = block.substr(start, end - start);
-    size_t colon = line.find(':');
-    std::string_view key = Trim(line.substr(0, colon));
-    if (colon != std::string_view::npos && key.size() == name.size() &&
-        strncasecmp(key.data(), name.data(), key.size()) == 0) {
-      return Trim(line.substr(colon + 1));
-    }
-    start = end + 2;
-  }
-  return std::nullopt;
-}
-
-uint32_t Crc32(std::string_view data) {
-  uint32_t crc = 0xFFFFFFFFu;
-  for (unsigned char byte : data) {
-    crc ^= byte;
-    for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
-  }
-  return ~crc;
-}
-
-void AppendLittleEndian(std::string& out, size_t value, int bytes) {
-  for (int i = 0; i < bytes; ++i) out.push_back(static_cast<char>(value >> (8 * i)));
 }
 
 sockaddr_in LoopbackAddress(int port) {
@@ -95,11 +69,19 @@ bool Accepts(int port) {
 }
 
 std::string HttpRequest::Header(std::string_view name) const {
-  return std::string(FindHeader(headerBlock, name).value_or(""));
-}
-
-bool HttpRequest::HasHeader(std::string_view name) const {
-  return FindHeader(headerBlock, name).has_value();
+  std::string_view block = headerBlock;
+  for (size_t start = 0; start < block.size();) {
+    size_t end = std::min(block.find("\r\n", start), block.size());
+    std::string_view line = block.substr(start, end - start);
+    size_t colon = line.find(':');
+    std::string_view key = Trim(line.substr(0, colon));
+    if (colon != std::string_view::npos && key.size() == name.size() &&
+        strncasecmp(key.data(), name.data(), key.size()) == 0) {
+      return std::string(Trim(line.substr(colon + 1)));
+    }
+    start = end + 2;
+  }
+  return {};
 }
 
 bool HttpConnection::Send(std::string_view data) {
@@ -142,10 +124,6 @@ LoopbackHttpServer::LoopbackHttpServer(Responder responder, std::chrono::millise
 LoopbackHttpServer::~LoopbackHttpServer() {
   Stop();
   if (listener_ >= 0) close(listener_);
-}
-
-std::string LoopbackHttpServer::Url(const std::string& path) const {
-  return "http://127.0.0.1:" + std::to_string(port_) + path;
 }
 
 std::vector<HttpRequest> LoopbackHttpServer::Requests() const {
@@ -218,15 +196,9 @@ bool LoopbackHttpServer::ReadRequest(int fd, std::string& buffer, HttpRequest& r
   while ((headerEnd = buffer.find("\r\n\r\n")) == std::string::npos) {
     if (!readMore()) return false;
   }
-  std::string_view head(buffer.data(), headerEnd);
-  size_t lineEnd = head.find("\r\n");
-  std::string_view requestLine = head.substr(0, lineEnd);
-  size_t space = requestLine.find(' ');
-  size_t secondSpace = requestLine.find(' ', space + 1);
-  request.method = std::string(requestLine.substr(0, space));
-  request.target = std::string(requestLine.substr(space + 1, secondSpace - space - 1));
-  request.headerBlock =
-      lineEnd == std::string_view::npos ? "" : std::string(head.substr(lineEnd + 2));
+  size_t headers = std::min(buffer.find("\r\n") + 2, headerEnd);  // past the request line
+  std::istringstream(buffer.substr(0, headers)) >> request.method >> request.target;
+  request.headerBlock = buffer.substr(headers, headerEnd - headers);
   size_t length = std::strtoul(request.Header("Content-Length").c_str(), nullptr, 10);
   size_t bodyStart = headerEnd + 4;
   while (buffer.size() - bodyStart < length) {
@@ -248,34 +220,31 @@ std::string HttpResponse(int status, std::string_view reason, std::string_view c
 
 std::string ChunkedHttpResponse(int status, std::string_view contentType, std::string_view body,
                                 size_t chunkSize) {
-  std::string response = "HTTP/1.1 " + std::to_string(status) + " OK\r\n";
-  response.append("Content-Type: ").append(contentType).append("\r\n");
-  response.append("Transfer-Encoding: chunked\r\n\r\n");
-  char size[32];
+  std::ostringstream response;
+  response << "HTTP/1.1 " << status << " OK\r\nContent-Type: " << contentType
+           << "\r\nTransfer-Encoding: chunked\r\n\r\n"
+           << std::hex;
   for (size_t at = 0; at < body.size(); at += chunkSize) {
     std::string_view chunk = body.substr(at, chunkSize);
-    snprintf(size, sizeof size, "%zx\r\n", chunk.size());
-    response.append(size).append(chunk).append("\r\n");
+    response << chunk.size() << "\r\n" << chunk << "\r\n";
   }
-  response.append("0\r\n\r\n");
-  return response;
+  response << "0\r\n\r\n";
+  return response.str();
 }
 
-std::string GzipStored(std::string_view data) {
-  std::string out("\x1f\x8b\x08\x00\x00\x00\x00\x00\x00\xff", 10);
-  const uint32_t crc = Crc32(data);
-  const size_t size = data.size();
-  do {  // deflate data (RFC 1951) of stored blocks, each of 65535 bytes at most
-    size_t length = std::min<size_t>(data.size(), 65535);
-    out.push_back(length == data.size() ? '\x01' : '\x00');
-    AppendLittleEndian(out, length, 2);
-    AppendLittleEndian(out, ~length & 0xFFFF, 2);
-    out.append(data.substr(0, length));
-    data.remove_prefix(length);
-  } while (!data.empty());
-  AppendLittleEndian(out, crc, 4);
-  AppendLittleEndian(out, size, 4);
-  return out;
+std::string Gzip(std::string_view data) {
+  const std::string path = ::testing::TempDir() + "tssoap-gzip-" + std::to_string(getpid());
+  std::ofstream(path, std::ios::binary)
+      .write(data.data(), static_cast<std::streamsize>(data.size()));
+  std::string compressed;
+  if (FILE* gzip = popen(("gzip -c -n " + path).c_str(), "r")) {
+    char chunk[8192];
+    for (size_t got; (got = fread(chunk, 1, sizeof chunk, gzip)) > 0;)
+      compressed.append(chunk, got);
+    pclose(gzip);
+  }
+  std::remove(path.c_str());
+  return compressed;
 }
 
 }  // namespace tssoap::test

@@ -19,6 +19,11 @@
 
 namespace tssoap::test {
 
+// "http://127.0.0.1:<port><path>".
+inline std::string LoopbackUrl(int port, const std::string& path) {
+  return "http://127.0.0.1:" + std::to_string(port) + path;
+}
+
 struct HttpRequest {
   std::string method;
   std::string target;
@@ -27,7 +32,6 @@ struct HttpRequest {
 
   // The value of the first header named name (case-insensitive), trimmed; empty if absent.
   std::string Header(std::string_view name) const;
-  bool HasHeader(std::string_view name) const;
 };
 
 class LoopbackHttpServer;
@@ -63,7 +67,7 @@ class LoopbackHttpServer {
   bool Started() const { return port_ > 0; }
   int Port() const { return port_; }
   // "http://127.0.0.1:<port><path>".
-  std::string Url(const std::string& path = "/service") const;
+  std::string Url(const std::string& path = "/service") const { return LoopbackUrl(port_, path); }
   std::vector<HttpRequest> Requests() const;
   int Connections() const { return connections_.load(); }
 
@@ -97,9 +101,8 @@ std::string HttpResponse(int status, std::string_view reason, std::string_view c
 std::string ChunkedHttpResponse(int status, std::string_view contentType, std::string_view body,
                                 size_t chunkSize);
 
-// A body in gzip form (RFC 1952) for Content-Encoding tests, the data in stored blocks, which
-// every decoder must accept.
-std::string GzipStored(std::string_view data);
+// data compressed by the gzip program, for Content-Encoding tests; empty if that failed.
+std::string Gzip(std::string_view data);
 
 // An unused TCP port of 127.0.0.1 at the moment of asking, for programs that can't take port 0.
 int PickFreePort();

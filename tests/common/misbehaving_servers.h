@@ -19,7 +19,7 @@ LoopbackHttpServer::Responder AnswerWith(int status, std::string contentType, st
 // Reads the request and never answers; the connection stays open until the client gives up
 // or the server's lifetime ends.
 LoopbackHttpServer::Responder NeverAnswers();
-// Announces a SOAP answer of 4,000 bytes, sends part of it and closes the connection.
+// Announces an answer of 4,000 bytes, sends part of it and closes the connection.
 LoopbackHttpServer::Responder ClosesMidResponse();
 // Closes the connection without sending anything.
 LoopbackHttpServer::Responder ClosesWithoutAnswer();
@@ -38,6 +38,6 @@ LoopbackHttpServer::Responder AnswersBillionLaughs();
 // field "list" points at #a1, a SOAP-encoded array of "one", "two", "three".
 extern const char* const kMultiReferenceBody;
 // Nested entity declarations, each ten of the one before, that would expand to gigabytes.
-const std::string& BillionLaughsDocument();
+std::string BillionLaughsDocument();
 
 }  // namespace tssoap::test

@@ -1,7 +1,5 @@
 #include "common/tiny_proxy.h"
 
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -11,27 +9,7 @@
 
 namespace tssoap::test {
 
-namespace {
-
-constexpr int kAttempts = 5;
-constexpr auto kStartWait = std::chrono::seconds(10);
-
-std::string TinyproxyPath() {
-  for (const char* candidate : {"/usr/bin/tinyproxy", "/usr/sbin/tinyproxy",
-                                "/usr/local/bin/tinyproxy", "/usr/local/sbin/tinyproxy"}) {
-    if (access(candidate, X_OK) == 0) return candidate;
-  }
-  return {};
-}
-
-}  // namespace
-
 TinyProxy::TinyProxy(const Credentials& required) {
-  std::string program = TinyproxyPath();
-  if (program.empty()) {
-    error_ = "tinyproxy is not installed";
-    return;
-  }
   char pattern[] = "/tmp/tssoap-tinyproxy-XXXXXX";
   if (mkdtemp(pattern) == nullptr) {
     error_ = "can't make a temporary directory";
@@ -39,36 +17,30 @@ TinyProxy::TinyProxy(const Credentials& required) {
   }
   directory_ = pattern;
   // Another program may take the picked port before tinyproxy binds it: then try another.
-  for (int attempt = 0; attempt < kAttempts && port_ == 0; ++attempt) {
+  for (int attempt = 0; attempt < 5 && port_ == 0; ++attempt) {
     int port = PickFreePort();
     if (port == 0) continue;
-    StartOn(port, required.user.empty() ? nullptr : &required);
+    StartOn(port, required);
   }
   if (port_ == 0 && error_.empty()) error_ = "tinyproxy didn't start: " + Log();
 }
 
-void TinyProxy::StartOn(int port, const Credentials* required) {
+void TinyProxy::StartOn(int port, const Credentials& required) {
   std::string config = directory_ + "/tinyproxy.conf";
   {
     std::ofstream out(config, std::ios::trunc);
-    out << "Port " << port << "\n"
-        << "Listen 127.0.0.1\n"
-        << "Timeout 30\n"
-        << "MaxClients 50\n"
-        << "Allow 127.0.0.1\n"
-        << "LogFile \"" << directory_ << "/tinyproxy.log\"\n"
-        << "LogLevel Info\n"
-        << "DisableViaHeader Yes\n";
-    if (required != nullptr)
-      out << "BasicAuth " << required->user << " " << required->password << "\n";
+    out << "Port " << port << "\nListen 127.0.0.1\nTimeout 30\nMaxClients 50\nAllow 127.0.0.1\n"
+        << "LogFile \"" << directory_ << "/tinyproxy.log\"\nLogLevel Info\nDisableViaHeader Yes\n";
+    if (!required.user.empty())
+      out << "BasicAuth " << required.user << " " << required.password << "\n";
   }
   process_ =
-      std::make_unique<ChildProcess>(TinyproxyPath(), std::vector<std::string>{"-d", "-c", config});
+      std::make_unique<ChildProcess>("tinyproxy", std::vector<std::string>{"-d", "-c", config});
   if (!process_->Error().empty()) {
     error_ = process_->Error();
     return;
   }
-  auto deadline = std::chrono::steady_clock::now() + kStartWait;
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
   while (std::chrono::steady_clock::now() < deadline) {
     if (Accepts(port)) {
       port_ = port;
@@ -82,22 +54,13 @@ void TinyProxy::StartOn(int port, const Credentials* required) {
 
 TinyProxy::~TinyProxy() {
   process_.reset();
-  if (!directory_.empty()) {
-    std::error_code ignored;
-    std::filesystem::remove_all(directory_, ignored);
-  }
-}
-
-std::string TinyProxy::Address() const { return "http://127.0.0.1:" + std::to_string(port_); }
-
-std::string TinyProxy::Address(const std::string& user, const std::string& password) const {
-  return "http://" + user + ":" + password + "@127.0.0.1:" + std::to_string(port_);
+  std::error_code ignored;  // no directory when mkdtemp failed
+  std::filesystem::remove_all(directory_, ignored);
 }
 
 std::string TinyProxy::Log() const {
-  std::ifstream in(directory_ + "/tinyproxy.log");
   std::stringstream text;
-  text << in.rdbuf();
+  text << std::ifstream(directory_ + "/tinyproxy.log").rdbuf();
   return text.str();
 }
 
