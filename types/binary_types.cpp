@@ -15,8 +15,7 @@ const BinaryRowConversion& BinaryRowOf(const ConversionContext& context) {
 
 void BinaryToXmlText(XmlValueText& value, ConversionContext& context) {
   const HostValueRecord& record = context.record;
-  value.isNull = record.isNull != 0;
-  if (value.isNull) return;
+  if (CopyNullOut(value, record)) return;
   IHostSession& session = context.session;
   const HostBlob blob = record.value.handle;
   // The size travels beside the data at every step: a zero byte is a byte like any other.
@@ -30,9 +29,7 @@ void BinaryToXmlText(XmlValueText& value, ConversionContext& context) {
 
 void BinaryFromXmlText(const XmlValueText& value, ConversionContext& context) {
   HostValueRecord& record = context.record;
-  record.isNull = value.isNull ? 1 : 0;
-  record.kind = kHostBlob;
-  if (value.isNull) return;
+  if (CopyNullIn(value, record, kHostBlob)) return;
   const SOAPString text(value.text.c_str());
   unsigned int size = SOAPBase64Base::EstimateSize(text);
   // Released by the unwinding when the library's decoder throws.

@@ -111,8 +111,7 @@ uint32_t NewHostValue(IHostSession& session, HostValueKind kind, const DateTimeP
 
 void DateTimeToXmlText(XmlValueText& value, ConversionContext& context) {
   const HostValueRecord& record = context.record;
-  value.isNull = record.isNull != 0;
-  if (value.isNull) return;
+  if (CopyNullOut(value, record)) return;
   const DateTimeRowConversion& row = DateTimeRowOf(context);
   value.text = row.format(SplitHostValue(context.session, row.kind, record.value.handle));
 }
@@ -120,9 +119,7 @@ void DateTimeToXmlText(XmlValueText& value, ConversionContext& context) {
 void DateTimeFromXmlText(const XmlValueText& value, ConversionContext& context) {
   HostValueRecord& record = context.record;
   const DateTimeRowConversion& row = DateTimeRowOf(context);
-  record.isNull = value.isNull ? 1 : 0;
-  record.kind = row.kind;
-  if (value.isNull) return;
+  if (CopyNullIn(value, record, row.kind)) return;
   // No range test: a month of 13 reaches the host as it came.
   const std::optional<DateTimeParts> parts = row.scan(value.text.c_str());
   if (!parts) throw SOAPException("%s%s", row.badText, value.text.c_str());

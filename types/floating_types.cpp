@@ -75,37 +75,27 @@ size_t DecimalNumberLength(const char* text) {
   return static_cast<size_t>(at - text);
 }
 
+// The lexical form of a real or a double: a finite number with digits significant digits, else
+// NaN, INF or -INF.
+std::string FloatingText(double number, int digits) {
+  if (std::isfinite(number)) return FormatC("%.*G", digits, number);
+  if (std::isnan(number)) return "NaN";
+  return number > 0 ? "INF" : "-INF";
+}
+
 void FloatToXmlText(XmlValueText& value, ConversionContext& context) {
-  value.isNull = context.record.isNull != 0;
-  if (value.isNull) return;
-  const double number = context.record.value.real;
-  if (std::isfinite(number)) {
-    value.text = FormatC("%.9G", number);
-  } else if (std::isnan(number)) {
-    value.text = "NaN";
-  } else {
-    value.text = number > 0 ? "INF" : "-INF";
-  }
+  if (CopyNullOut(value, context.record)) return;
+  value.text = FloatingText(context.record.value.real, 9);
 }
 
 void DoubleToXmlText(XmlValueText& value, ConversionContext& context) {
-  value.isNull = context.record.isNull != 0;
-  if (value.isNull) return;
-  const double number = context.record.value.dbl;
-  if (std::isfinite(number)) {
-    value.text = FormatC("%.18G", number);
-  } else if (std::isnan(number)) {
-    value.text = "NaN";
-  } else {
-    value.text = number > 0 ? "INF" : "-INF";
-  }
+  if (CopyNullOut(value, context.record)) return;
+  value.text = FloatingText(context.record.value.dbl, 18);
 }
 
 void FloatFromXmlText(const XmlValueText& value, ConversionContext& context) {
   HostValueRecord& record = context.record;
-  record.isNull = value.isNull ? 1 : 0;
-  record.kind = kHostReal;
-  if (value.isNull) return;
+  if (CopyNullIn(value, record, kHostReal)) return;
   const double wide = ParseXmlDouble(value.text.c_str());
   const float narrow = static_cast<float>(wide);
   // "INF" is a float value; a finite text that only becomes infinite in 32 bits is not.
@@ -117,9 +107,7 @@ void FloatFromXmlText(const XmlValueText& value, ConversionContext& context) {
 
 void DoubleFromXmlText(const XmlValueText& value, ConversionContext& context) {
   HostValueRecord& record = context.record;
-  record.isNull = value.isNull ? 1 : 0;
-  record.kind = kHostDouble;
-  if (value.isNull) return;
+  if (CopyNullIn(value, record, kHostDouble)) return;
   const double number = ParseXmlDouble(value.text.c_str());
   if (std::isinf(number)) throw SOAPException("Floating-point overflow: %s", value.text.c_str());
   record.value.dbl = number;
@@ -129,8 +117,7 @@ constexpr DecimalText kDecimalLowest("-999999999999999999");
 constexpr DecimalText kDecimalHighest("999999999999999999");
 
 void DecimalToXmlText(XmlValueText& value, ConversionContext& context) {
-  value.isNull = context.record.isNull != 0;
-  if (value.isNull) return;
+  if (CopyNullOut(value, context.record)) return;
   IHostSession& session = context.session;
   // The host's text is ours until we give it back, also when the copy fails.
   auto release = [&session](char* text) { session.ReleaseDecimalText(text); };
@@ -141,9 +128,7 @@ void DecimalToXmlText(XmlValueText& value, ConversionContext& context) {
 
 void DecimalFromXmlText(const XmlValueText& value, ConversionContext& context) {
   HostValueRecord& record = context.record;
-  record.isNull = value.isNull ? 1 : 0;
-  record.kind = kHostDecimal;
-  if (value.isNull) return;
+  if (CopyNullIn(value, record, kHostDecimal)) return;
   const DecimalText number(value.text.c_str());
   if (number.IsLessThan(kDecimalLowest) || number.IsGreaterThan(kDecimalHighest)) {
     throw SOAPException("Can't handle XML decimal >999999999999999999 or <-999999999999999999");

@@ -76,8 +76,7 @@ void StoreAtWidth(HostValueData& value, uint8_t width, int64_t number) {
 
 void IntegerToXmlText(XmlValueText& value, ConversionContext& context) {
   const HostValueRecord& record = context.record;
-  value.isNull = record.isNull != 0;
-  if (value.isNull) return;
+  if (CopyNullOut(value, record)) return;
   const IntegerRowConversion& row = IntegerRowOf(context);
   const int64_t number = ReadAtWidth(record.value, row.width, row.isSigned);
   const IntegerOutTest& test = row.outTest;
@@ -90,9 +89,7 @@ void IntegerToXmlText(XmlValueText& value, ConversionContext& context) {
 void IntegerFromXmlText(const XmlValueText& value, ConversionContext& context) {
   HostValueRecord& record = context.record;
   const IntegerRowConversion& row = IntegerRowOf(context);
-  record.isNull = value.isNull ? 1 : 0;
-  record.kind = row.kind;
-  if (value.isNull) return;
+  if (CopyNullIn(value, record, row.kind)) return;
   const DecimalText number(value.text.c_str());
   // The bounds come first: "300.5" under byte reports the range, "1.5" reports the fraction.
   if (number.IsLessThan(row.lower) || number.IsGreaterThan(row.upper)) {
@@ -113,16 +110,13 @@ bool EqualsIgnoringAsciiCase(const std::string& text, const char* lowerCaseWord)
 
 void BooleanToXmlText(XmlValueText& value, ConversionContext& context) {
   const HostValueRecord& record = context.record;
-  value.isNull = record.isNull != 0;
-  if (value.isNull) return;
+  if (CopyNullOut(value, record)) return;
   value.text = record.value.uint16 != 0 ? "true" : "false";
 }
 
 void BooleanFromXmlText(const XmlValueText& value, ConversionContext& context) {
   HostValueRecord& record = context.record;
-  record.isNull = value.isNull ? 1 : 0;
-  record.kind = kHostBoolean;
-  if (value.isNull) return;
+  if (CopyNullIn(value, record, kHostBoolean)) return;
   // No trimming: " true" is no boolean.
   if (EqualsIgnoringAsciiCase(value.text, "true") || value.text == "1") {
     record.value.uint16 = 1;

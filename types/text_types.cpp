@@ -17,8 +17,7 @@ const StringRowConversion& StringRowOf(const ConversionContext& context) {
 
 void StringToXmlText(XmlValueText& value, ConversionContext& context) {
   const HostValueRecord& record = context.record;
-  value.isNull = record.isNull != 0;
-  if (value.isNull) return;
+  if (CopyNullOut(value, record)) return;
   const StringRowConversion& row = StringRowOf(context);
   const char* hostText = context.session.GetStringText(record.value.handle);
   std::string adjusted;
@@ -35,9 +34,7 @@ void StringToXmlText(XmlValueText& value, ConversionContext& context) {
 
 void StringFromXmlText(const XmlValueText& value, ConversionContext& context) {
   HostValueRecord& record = context.record;
-  record.isNull = value.isNull ? 1 : 0;
-  record.kind = kHostString;
-  if (value.isNull) return;
+  if (CopyNullIn(value, record, kHostString)) return;
   const StringRowConversion& row = StringRowOf(context);
   const char* text = value.text.c_str();
   std::string adjusted;

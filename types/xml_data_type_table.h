@@ -20,6 +20,18 @@ namespace tssoap {
 using ToXmlTextFn = void (*)(XmlValueText& value, ConversionContext& context);
 using FromXmlTextFn = void (*)(const XmlValueText& value, ConversionContext& context);
 
+// The first step of every ToXmlText; true when the value is null and nothing more is written.
+inline bool CopyNullOut(XmlValueText& value, const HostValueRecord& record) {
+  value.isNull = record.isNull != 0;
+  return value.isNull;
+}
+// The first step of every FromXmlText; true when the value is null and nothing more is read.
+inline bool CopyNullIn(const XmlValueText& value, HostValueRecord& record, HostValueKind kind) {
+  record.isNull = value.isNull ? 1 : 0;
+  record.kind = kind;
+  return value.isNull;
+}
+
 // A row's conversion pair. A family whose rows differ only in constants (ranges, messages, text
 // steps) derives its own record from this one; its conversions read the record back through
 // context.row->conversion, so one routine serves all rows of the family.
