@@ -277,24 +277,17 @@ int ObjectItemsIn(ConversionContext& context) {
 int RepeatedObjectsIn(ConversionContext& context) {
   IHostSession& session = context.session;
   const HostArray handle = context.record.value.handle;
-  HeldArrayInfo info(session, handle);
+  const HeldArrayInfo info(session, handle);
   info.RefuseBounded(kBoundedIn);
-  const SOAPQName& wanted = context.parameter.GetName();
   int32_t index = 0;
-  // The walk ends behind the last child; a failing item ends it early, silently, and the items in
-  // front of it stay in the host array.
-  try {
-    for (const SOAPParameter* child : context.parentParameter->GetParams()) {
-      if (!(child->GetName() == wanted)) continue;
-      HostValueRecord item{};
-      ConversionContext itemContext =
-          ItemContext(context, const_cast<SOAPParameter&>(*child), item);
-      ObjectIn(itemContext);
-      ++index;
-      session.SetObjectArrayItem(handle, &index, item.value.handle);
-    }
-  } catch (const SOAPException&) {
-  }
+  const auto readItem = [&](const SOAPParameter& child) {
+    HostValueRecord item{};
+    ConversionContext itemContext = ItemContext(context, const_cast<SOAPParameter&>(child), item);
+    ObjectIn(itemContext);
+    ++index;
+    session.SetObjectArrayItem(handle, &index, item.value.handle);
+  };
+  ForEachRepeatedElement(*context.parentParameter, context.parameter.GetName(), readItem);
   return 0;
 }
 

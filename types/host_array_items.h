@@ -1,6 +1,6 @@
 // The pieces that the array operations of the type table's rows and of the object path share:
 // the host array's items on the way out (a bounded array refused, its info given back), the
-// element of each item, the head of a SOAP-encoded array, and the name test of repeated elements.
+// element of each item, the head of a SOAP-encoded array, and the walk over repeated elements.
 // Host arrays are walked as flat lists, items 1 to GetArrayLength.
 #pragma once
 
@@ -10,6 +10,7 @@
 #include "easysoap/soap_parameter.h"
 #include "host/host_interfaces.h"
 #include "host/host_value_record.h"
+#include "support/values/soap_exception.h"
 
 namespace tssoap {
 
@@ -60,5 +61,19 @@ SOAPParameter& AddItemElement(SOAPParameter& under, const char* name, const char
 // xsi:type SOAP-ENC:Array, and SOAP-ENC:arrayType "type[count]" in the type's namespace.
 void WriteEncodedArrayHead(SOAPParameter& parameter, const char* itemType,
                            const char* itemTypeNamespace, uint32_t count);
+
+// Repeated elements coming in: calls each(child) for the children of parent named like wanted
+// (absent and empty texts count as equal), in document order. The walk ends behind the last
+// child, or quietly at the first child whose conversion raises SOAPException: the items before it
+// stay in the host array and the rest is dropped.
+template <typename Each>
+void ForEachRepeatedElement(const SOAPParameter& parent, const SOAPQName& wanted, Each each) {
+  try {
+    for (const SOAPParameter* child : parent.GetParams()) {
+      if (child->GetName() == wanted) each(*child);
+    }
+  } catch (const SOAPException&) {
+  }
+}
 
 }  // namespace tssoap

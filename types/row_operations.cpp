@@ -140,29 +140,18 @@ int RepeatedOut(ConversionContext& context) {
 }
 
 int RepeatedIn(ConversionContext& context) {
-  IHostSession& session = context.session;
   const SOAPParameter& parent = ParentOf(context);
   const HostArray handle = context.record.value.handle;
-  HeldArrayInfo info(session, handle);
+  const HeldArrayInfo info(context.session, handle);
   info.RefuseBounded(kBoundedArray);
-  const SOAPQName& wanted = context.parameter.GetName();
   int32_t index = 0;
-  // The walk ends behind the last child, or quietly at the first item that fails to convert:
-  // the items before it stay in the host array and the rest is dropped.
-  try {
-    for (const SOAPParameter* child : parent.GetParams()) {
-      // Absent and empty texts are the same here.
-      if (!(child->GetName() == wanted)) continue;
-      HostValueRecord item{};
-      // The way in reads the element and never writes through it.
-      ConversionContext itemContext =
-          ItemContext(context, const_cast<SOAPParameter&>(*child), item);
-      context.row->operations->scalarIn(itemContext);
-      ++index;
-      WriteItem(context, handle, index, item);
-    }
-  } catch (const SOAPException&) {
-  }
+  ForEachRepeatedElement(parent, context.parameter.GetName(), [&](const SOAPParameter& child) {
+    HostValueRecord item{};
+    // The way in reads the element and never writes through it.
+    ConversionContext itemContext = ItemContext(context, const_cast<SOAPParameter&>(child), item);
+    context.row->operations->scalarIn(itemContext);
+    WriteItem(context, handle, ++index, item);
+  });
   return 0;
 }
 
