@@ -34,9 +34,12 @@ std::string SoapEnvelope(std::string_view bodyContent) {
          std::string(bodyContent) + "</SOAP-ENV:Body></SOAP-ENV:Envelope>";
 }
 
-LoopbackHttpServer::Responder AnswerWith(int status, std::string contentType, std::string body) {
-  std::string response = HttpResponse(status, status == 200 ? "OK" : "Error", contentType, body);
+LoopbackHttpServer::Responder Sends(std::string response) {
   return [response](HttpConnection& connection, const HttpRequest&) { connection.Send(response); };
+}
+
+LoopbackHttpServer::Responder AnswerWith(int status, std::string contentType, std::string body) {
+  return Sends(HttpResponse(status, status == 200 ? "OK" : "Error", contentType, body));
 }
 
 LoopbackHttpServer::Responder NeverAnswers() {
@@ -50,10 +53,6 @@ LoopbackHttpServer::Responder ClosesMidResponse() {
     connection.Send(std::string_view(response).substr(0, 1500));
     connection.Close();
   };
-}
-
-LoopbackHttpServer::Responder ClosesWithoutAnswer() {
-  return [](HttpConnection& connection, const HttpRequest&) { connection.Close(); };
 }
 
 LoopbackHttpServer::Responder AnswersHtml500() {

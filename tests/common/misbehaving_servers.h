@@ -13,6 +13,8 @@ namespace tssoap::test {
 // (urn:tssoap-sample) are declared on the envelope.
 std::string SoapEnvelope(std::string_view bodyContent);
 
+// Answers every request with the same bytes.
+LoopbackHttpServer::Responder Sends(std::string response);
 // Answers every request with the same status, content type and body.
 LoopbackHttpServer::Responder AnswerWith(int status, std::string contentType, std::string body);
 
@@ -21,8 +23,6 @@ LoopbackHttpServer::Responder AnswerWith(int status, std::string contentType, st
 LoopbackHttpServer::Responder NeverAnswers();
 // Announces an answer of 4,000 bytes, sends part of it and closes the connection.
 LoopbackHttpServer::Responder ClosesMidResponse();
-// Closes the connection without sending anything.
-LoopbackHttpServer::Responder ClosesWithoutAnswer();
 // HTTP 500 with an HTML error page.
 LoopbackHttpServer::Responder AnswersHtml500();
 // HTTP 200, text/xml, with a body that is not well-formed.

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
 #include "common/server_process.h"
@@ -30,17 +31,20 @@ inline SOAPParameter& AddTyped(SOAPParameter& parent, const char* name, const ch
   return child;
 }
 
+// "name|namespace" of an element.
+inline std::string NameOf(const SOAPParameter& element) {
+  return std::string(element.GetName().GetName().CStr()) + "|" +
+         element.GetName().GetNamespace().CStr();
+}
+
 // Each child as "name|namespace|text", the text "(null)" when there is none and "(nil)" for a nil
 // element: one comparable line per child.
 inline std::vector<std::string> Children(const SOAPParameter& parent) {
   std::vector<std::string> lines;
   for (const SOAPParameter* child : parent.GetParams()) {
     const SOAPString& text = child->GetString();
-    lines.push_back(std::string(child->GetName().GetName().CStr()) + "|" +
-                    child->GetName().GetNamespace().CStr() + "|" +
-                    (child->IsNull() ? "(nil)"
-                     : text.IsNull() ? "(null)"
-                                     : text.CStr()));
+    const char* shown = child->IsNull() ? "(nil)" : text.IsNull() ? "(null)" : text.CStr();
+    lines.push_back(NameOf(*child) + "|" + shown);
   }
   return lines;
 }
@@ -53,23 +57,23 @@ struct Outcome {
 
 template <typename Action>
 Outcome Attempt(Action&& action) {
-  auto text = [](const SOAPException& e) { return std::string(e.What() ? e.What() : ""); };
   try {
     action();
-  } catch (const SOAPFaultException& e) {
-    return {"SOAPFaultException", text(e)};
-  } catch (const SOAPSocketException& e) {
-    return {"SOAPSocketException", text(e)};
-  } catch (const SOAPMemoryException& e) {
-    return {"SOAPMemoryException", text(e)};
   } catch (const SOAPException& e) {
-    return {"SOAPException", text(e)};
+    std::string name = typeid(e).name();  // the class's mangled name: its length, then the name
+    return {name.substr(name.find_first_not_of("0123456789")), e.What() ? e.What() : ""};
   }
   return {};
 }
 
+// What Execute threw; when it returned, the text of the answer's "result", if there is one.
 inline Outcome Call(SOAPProxy& proxy, const SOAPMethod& method) {
-  return Attempt([&] { proxy.Execute(method); });
+  std::string result;
+  Outcome outcome = Attempt([&] {
+    const SOAPParameter* found = proxy.Execute(method).GetMethod().FindParameter("result");
+    if (found != nullptr) result = found->GetString().CStr();
+  });
+  return outcome.thrown.empty() ? Outcome{"", result} : outcome;
 }
 
 }  // namespace tssoap::test

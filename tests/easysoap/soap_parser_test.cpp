@@ -1,5 +1,6 @@
-// Parsing answers: namespaces and attributes, nil, multi-reference values, encodings, faults,
-// and the limits a hostile server can't push past.
+// The element tree (children by local name, deep copies, assignment, clearing, the value in
+// force of a multi-reference element) and parsing answers into it: namespaces and attributes,
+// nil, multi-reference values, encodings, faults, and the limits a hostile server can't push past.
 #include "easysoap/soap_parser.h"
 
 #include <gmock/gmock.h>
@@ -11,6 +12,7 @@
 
 #include "common/misbehaving_servers.h"
 #include "easysoap/library_test_support.h"
+#include "easysoap/soap_parameter.h"
 
 namespace tssoap::test {
 namespace {
@@ -37,19 +39,25 @@ std::string Attribute(const SOAPParameter& element, const char* name, const char
   return std::string(found.Value().GetName().CStr()) + "|" + found.Value().GetNamespace().CStr();
 }
 
-// The method element is the Body's first element, even when a Fault follows it.
-TEST(SoapParserTest, ReadsNamesNamespacesTextAndAttributes) {
+// The method element is the Body's first element, even when a Fault follows it. A qualified-name
+// value resolves its prefix (none: the default namespace; an undeclared one: the text alone; more
+// in the multi-reference test); other values get no namespace. Only a true xsi:nil, 2001 or 1999,
+// makes a nil.
+TEST(SoapParserTest, ReadsNamesNamespacesTextAttributesAndNil) {
   SOAPResponse response;
   const SOAPParameter& method = Parse(
-      "<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'>"
-      "<e:Header><h:token xmlns:h='urn:h'>secret</h:token></e:Header>"
-      "<e:Body><r:answer xmlns:r='urn:r' xmlns='urn:default' plain='p' r:qualified='q'>\n"
-      " <inDefault>1</inDefault><none xmlns=''>2</none><r:prefixed>3</r:prefixed>\n"
-      " <empty></empty><blank>  </blank><s>\n  <a>1</a>\n </s>\n"
-      "</r:answer><e:Fault><faultcode>c</faultcode></e:Fault></e:Body></e:Envelope>",
+      "<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/' xmlns:xsi='" +
+          std::string(kXsiNamespace) +
+          "' xmlns:x99='http://www.w3.org/1999/XMLSchema-instance'>"
+          "<e:Header><h:token xmlns:h='urn:h'>secret</h:token></e:Header>"
+          "<e:Body><r:answer xmlns:r='urn:r' xmlns='urn:d' plain='p' r:qualified='q'>\n"
+          " <inDefault>1</inDefault><none xmlns=''>2</none><r:prefixed>3</r:prefixed>\n"
+          " <empty></empty><blank>  </blank><s>\n  <a>1</a>\n </s>\n"
+          "<b xsi:type='int'/><c xsi:type='nope:int'/><e other='xsd:int'/><f xsi:nil='true'/>"
+          "<g xsi:nil='1'/><h x99:nil='true'/><i xsi:nil='false'/><j nil='true'/><k x99:null='1'/>"
+          "</r:answer><e:Fault><faultcode>c</faultcode></e:Fault></e:Body></e:Envelope>",
       response);
-  EXPECT_STREQ(method.GetName().GetName().CStr(), "answer");
-  EXPECT_STREQ(method.GetName().GetNamespace().CStr(), "urn:r");
+  EXPECT_EQ(NameOf(method), "answer|urn:r");
   EXPECT_EQ(response.GetBody().GetParams().Size(), 2u) << "the Header is not part of the Body";
   EXPECT_EQ(Attribute(method, "plain", nullptr), "p|");
   EXPECT_EQ(Attribute(method, "plain", ""), "p|") << "null and empty namespaces are one";
@@ -57,37 +65,15 @@ TEST(SoapParserTest, ReadsNamesNamespacesTextAndAttributes) {
   EXPECT_EQ(Attribute(method, "qualified", nullptr), "<absent>");
   EXPECT_TRUE(method.GetString().IsNull()) << "layout white space is no text";
   EXPECT_THAT(Children(method),
-              ElementsAre("inDefault|urn:default|1", "none||2", "prefixed|urn:r|3",
-                          "empty|urn:default|", "blank|urn:default|  ", "s|urn:default|(null)"));
-
-  // A new parse replaces the old answer.
-  EXPECT_STREQ(Parse(SoapEnvelope("<ns:second/>"), response).GetName().GetName().CStr(), "second");
-  EXPECT_EQ(response.GetBody().GetParams().Size(), 1u);
-}
-
-// A qualified-name value resolves its prefix (none: the default namespace; an undeclared one: the
-// text alone); other values get no namespace. Only a true xsi:nil, 2001 or 1999, makes a nil.
-TEST(SoapParserTest, ResolvesPrefixesOfQNameValuedAttributesAndReadsNil) {
-  SOAPResponse response;
-  const SOAPParameter& method = Parse(
-      SoapEnvelope("<ns:r xmlns='urn:d' xmlns:enc='http://schemas.xmlsoap.org/soap/encoding/' "
-                   "xmlns:xsi99='http://www.w3.org/1999/XMLSchema-instance'><a xsi:type='xsd:int'/>"
-                   "<b xsi:type='int'/><c xsi:type='nope:int'/><d enc:arrayType='xsd:string[3]'/>"
-                   "<e other='xsd:int'/><f xsi:nil='true'/><g xsi:nil='1'/><h xsi99:nil='true'/>"
-                   "<i xsi:nil='false'/><j nil='true'/><k xsi99:null='1'/></ns:r>"),
-      response);
-  const std::string xsd = kXsdNamespace;
+              ElementsAre("inDefault|urn:d|1", "none||2", "prefixed|urn:r|3", "empty|urn:d|",
+                          "blank|urn:d|  ", "s|urn:d|(null)", "b|urn:d|", "c|urn:d|", "e|urn:d|",
+                          "f|urn:d|(nil)", "g|urn:d|(nil)", "h|urn:d|(nil)", "i|urn:d|", "j|urn:d|",
+                          "k|urn:d|"));
   const char* xsi = kXsiNamespace;
-  EXPECT_EQ(Attribute(method.GetParameter("a"), "type", xsi), "xsd:int|" + xsd);
   EXPECT_EQ(Attribute(method.GetParameter("b"), "type", xsi), "int|urn:d");
   EXPECT_EQ(Attribute(method.GetParameter("c"), "type", xsi), "nope:int|");
-  EXPECT_EQ(Attribute(method.GetParameter("d"), "arrayType", kSoapEncodingNamespace),
-            "xsd:string[3]|" + xsd);
   EXPECT_EQ(Attribute(method.GetParameter("e"), "other", nullptr), "xsd:int|");
   EXPECT_EQ(Attribute(method.GetParameter("f"), "nil", xsi), "true|") << "the attribute stays";
-  EXPECT_THAT(Children(method), ElementsAre("a|urn:d|", "b|urn:d|", "c|urn:d|", "d|urn:d|",
-                                            "e|urn:d|", "f|urn:d|(nil)", "g|urn:d|(nil)",
-                                            "h|urn:d|(nil)", "i|urn:d|", "j|urn:d|", "k|urn:d|"));
 }
 
 TEST(SoapParserTest, ResolvesMultiReferenceValuesAnywhereInTheBody) {
@@ -98,6 +84,9 @@ TEST(SoapParserTest, ResolvesMultiReferenceValuesAnywhereInTheBody) {
   EXPECT_EQ(Attribute(result, "type", kXsiNamespace), "ns:SampleStruct|urn:tssoap-sample")
       << "the attributes in force are the referenced element's";
   EXPECT_EQ(result.GetOwnValue().attributes.Count(), 1u) << "its own data keeps the href";
+  SOAPParameter copy(result);  // carries the referenced data as its own
+  EXPECT_EQ(&copy.GetValue(), &copy.GetOwnValue());
+  EXPECT_EQ(Children(copy), Children(result));
   const SOAPParameter& list = result.GetParameter("list");  // a reference before its target
   EXPECT_THAT(Children(list), ElementsAre("item||one", "item||two", "item||three"));
   EXPECT_EQ(Attribute(list, "arrayType", kSoapEncodingNamespace),
@@ -119,8 +108,6 @@ TEST(SoapParserTest, ReadsTheEncodingsServersUse) {
   for (auto [document, charset, expectedUtf8] :
        std::vector<std::tuple<std::string, const char*, const char*>>{
            {utf16, "ISO-8859-1", "u"},
-           {"<?xml version='1.0' encoding='ISO-8859-1'?>" + head + "\xFC" + tail, nullptr,
-            "\xC3\xBC"},
            {"<?xml version='1.0' encoding='windows-1252'?>" + head + "\x80\x93" + tail, nullptr,
             "\xE2\x82\xAC\xE2\x80\x9C"},
            {head + "\xE9" + tail, "ISO-8859-1", "\xC3\xA9"},
@@ -131,8 +118,6 @@ TEST(SoapParserTest, ReadsTheEncodingsServersUse) {
     EXPECT_STREQ(Parse(document, response, charset).GetParameter("t").GetString().CStr(),
                  expectedUtf8);
   }
-  EXPECT_THAT(ParseOutcome("<?xml version='1.0' encoding='EBCDIC-XY'?>" + head + tail).text,
-              HasSubstr("not well-formed XML: unknown encoding"));
 }
 
 // Each level holds `copies` references to the next, `levels` deep.
@@ -162,9 +147,7 @@ TEST(SoapParserTest, ReadsFaultsAndRefusesWhatItCantUse) {
   for (int i = 0; i < 300; ++i) deep = "<d>" + deep + "</d>";
   std::string items;
   for (int i = 0; i < 100; ++i) items += "<i/>";
-  SOAPParser::Limits small;
-  small.maxElements = 50;
-  small.maxBytes = 4096;
+  const SOAPParser::Limits small{.maxBytes = 4096, .maxElements = 50};
   struct Case {
     std::string document;
     std::string messagePart;  // a packed fault text, or empty for an answer accepted
@@ -179,7 +162,6 @@ TEST(SoapParserTest, ReadsFaultsAndRefusesWhatItCantUse) {
               "xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\">42</code></ns:problem>")},
       {Fault("Client", "bad", ""), Packed("Client", "bad", "")},
       {Fault("c", "s", "<detail>a &amp; b</detail>"), Packed("c", "s", "a &amp; b")},
-      {"Service unavailable", "not well-formed XML: syntax error at line 1, column 1"},
       {"<html><body>hi</body></html>",
        "not a SOAP envelope: its root element is 'html' in the namespace ''"},
       {"<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'/>",
@@ -224,6 +206,68 @@ TEST(SoapParserTest, ReadsFaultsAndRefusesWhatItCantUse) {
   const std::string end = "</tssp_fdetailmessage>";
   ASSERT_EQ(text.rfind(end), text.size() - end.size());
   EXPECT_NE(static_cast<unsigned char>(text[text.size() - end.size() - 1]), 0xC3);
+}
+
+// root (urn:r, one attribute): a "1", b {inner "deep"}, a "second a".
+SOAPParameter Sample() {
+  SOAPParameter root;
+  root.SetName("root", "urn:r");
+  root.AddAttribute(SOAPQName("type", "urn:xsi")).Set("T", "urn:t");
+  root.AddParameter("a").SetString("1");
+  SOAPParameter& b = root.AddParameter("b");
+  b.SetIsStruct();
+  b.AddParameter("inner").SetString("deep");
+  root.AddParameter("a").SetString("second a");
+  return root;
+}
+
+// Children are found by local name, the first of equal names; copies are deep and independent;
+// clearing keeps the attributes.
+TEST(SoapParameterTest, FindsChildrenCopiesDeeplyAndClearsTheValue) {
+  SOAPParameter found = Sample();
+  found.AddParameter("").SetName("qualified", "urn:other");
+  EXPECT_THAT(Children(found),
+              ElementsAre("a||1", "b||(null)", "a||second a", "qualified|urn:other|(null)"));
+  EXPECT_STREQ(found.GetParameter("a").GetString().CStr(), "1") << "the first of two";
+  EXPECT_NE(found.FindParameter("qualified"), nullptr) << "the namespace plays no part";
+  EXPECT_EQ(found.FindParameter(nullptr), nullptr);
+  Outcome missing = Attempt([&] { found.GetParameter("missing"); });
+  EXPECT_EQ(missing.text, "The element 'root' has no child element named 'missing'");
+
+  SOAPParameter original = Sample();
+  SOAPParameter copy(original);
+  SOAPParameter assigned;
+  assigned.AddParameter("old");
+  assigned = original;
+  for (SOAPParameter* changed : {&copy, &assigned}) {
+    changed->AddParameter("extra");
+    const_cast<SOAPParameter&>(changed->GetParameter("b").GetParameter("inner")).SetString("x");
+    changed->AddAttribute(SOAPQName("type", "urn:xsi")).SetName("U");
+  }
+  EXPECT_EQ(original.GetParams().Size(), 3u);
+  EXPECT_STREQ(original.GetParameter("b").GetParameter("inner").GetString().CStr(), "deep");
+  EXPECT_TRUE(original.GetParameter("b").IsStruct());
+  EXPECT_EQ(assigned.FindParameter("old"), nullptr) << "assignment replaces";
+  EXPECT_STREQ(assigned.GetName().GetNamespace().CStr(), "urn:r");
+  EXPECT_STREQ(original.GetAttributes().Begin().Value().GetName().CStr(), "T");
+
+  SOAPParameter& self = original;
+  original = self;
+  EXPECT_EQ(original.GetParams().Size(), 3u);
+  // Assigning a descendant to its ancestor copies it before the old children go.
+  original = original.GetParameter("b");
+  EXPECT_STREQ(original.GetParameter("inner").GetString().CStr(), "deep");
+
+  // ClearValue empties the value but keeps the attributes.
+  SOAPParameter root = Sample();
+  root.SetNull();
+  root.SetIsStruct();
+  root.ClearValue();
+  EXPECT_TRUE(root.GetParams().IsEmpty());
+  EXPECT_TRUE(root.GetString().IsNull());
+  EXPECT_FALSE(root.IsNull());
+  EXPECT_FALSE(root.IsStruct());
+  EXPECT_EQ(root.GetAttributes().Count(), 1u);
 }
 
 }  // namespace
