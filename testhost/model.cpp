@@ -113,16 +113,16 @@ Runtime::Stored Runtime::Model::ZeroOf(HostValueKind kind) {
   return zero;
 }
 
-Runtime::Stored Runtime::Model::InitialField(const FieldSpec& spec) {
-  if (spec.initial) return Store(*spec.initial);
-  if (spec.isArray) {
-    HostClass itemClass = spec.isObject ? ClassByName(spec.className) : 0;
+Runtime::Stored Runtime::Model::InitialField(const FieldSpec& fieldSpec) {
+  if (fieldSpec.initial) return Store(*fieldSpec.initial);
+  if (fieldSpec.isArray) {
+    HostClass itemClass = fieldSpec.isObject ? ClassByName(fieldSpec.className) : 0;
     return Stored{false, 0, 0,
-                  AddArray(spec.kind, spec.isObject, itemClass, spec.bounded,
-                           spec.bounded ? spec.boundedLength : 0)};
+                  AddArray(fieldSpec.kind, fieldSpec.isObject, itemClass, fieldSpec.bounded,
+                           fieldSpec.bounded ? fieldSpec.boundedLength : 0)};
   }
-  if (spec.isObject) return Stored{true, 0, 0, 0};
-  return ZeroOf(spec.kind);
+  if (fieldSpec.isObject) return Stored{true, 0, 0, 0};
+  return ZeroOf(fieldSpec.kind);
 }
 
 Runtime::Stored Runtime::Model::Store(const Value& value) {

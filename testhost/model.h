@@ -183,7 +183,7 @@ struct Runtime::Model {
 
   // A non-null zero of a simple kind: 0, empty text, empty blob, zero parts; null for kind any.
   Stored ZeroOf(HostValueKind kind);
-  Stored InitialField(const FieldSpec& spec);
+  Stored InitialField(const FieldSpec& fieldSpec);
   // Makes the handles a value needs.
   Stored Store(const Value& value);
   // Reads a stored value back; className names the class of object slots.

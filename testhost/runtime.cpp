@@ -296,8 +296,9 @@ Value Runtime::GetField(HostObject object, const std::string& name) {
   ObjectData& data = model_->objects.at(object);
   const ClassDef& cls = model_->classes.at(data.cls);
   size_t index = FieldIndex(cls, name);
-  const FieldSpec& spec = cls.fields[index];
-  return model_->Load(spec.kind, spec.isArray, spec.isObject, spec.className, data.fields[index]);
+  const FieldSpec& fieldSpec = cls.fields[index];
+  return model_->Load(fieldSpec.kind, fieldSpec.isArray, fieldSpec.isObject, fieldSpec.className,
+                      data.fields[index]);
 }
 
 void Runtime::DestroyObject(HostObject object) {

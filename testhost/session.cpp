@@ -41,9 +41,9 @@ Runtime::Stored* FieldSlot(Runtime::Model& model, const char* operation, HostObj
     model.Misuse(Where(operation, object) + " has no field " + std::to_string(field));
     return nullptr;
   }
-  const FieldSpec& spec = cls->fields[field];
-  if (!SlotMatches(spec.isArray, spec.isObject, spec.kind, kind)) {
-    model.Misuse(std::string(operation) + " on field " + spec.name + " of another kind");
+  const FieldSpec& fieldSpec = cls->fields[field];
+  if (!SlotMatches(fieldSpec.isArray, fieldSpec.isObject, fieldSpec.kind, kind)) {
+    model.Misuse(std::string(operation) + " on field " + fieldSpec.name + " of another kind");
     return nullptr;
   }
   return &data->fields[field];
@@ -361,14 +361,14 @@ void Runtime::SetFieldToNull(HostObject object, HostFieldId field) {
 
 HostBool Runtime::IsFieldArray(HostClass cls, HostFieldId field) {
   Note(__func__);
-  const FieldSpec* spec = DeclaredField(*model_, __func__, cls, field);
-  return spec != nullptr ? Answer(spec->isArray) : HostBool{0};
+  const FieldSpec* fieldSpec = DeclaredField(*model_, __func__, cls, field);
+  return fieldSpec != nullptr ? Answer(fieldSpec->isArray) : HostBool{0};
 }
 
 HostBool Runtime::IsFieldObject(HostClass cls, HostFieldId field) {
   Note(__func__);
-  const FieldSpec* spec = DeclaredField(*model_, __func__, cls, field);
-  return spec != nullptr ? Answer(spec->isObject) : HostBool{0};
+  const FieldSpec* fieldSpec = DeclaredField(*model_, __func__, cls, field);
+  return fieldSpec != nullptr ? Answer(fieldSpec->isObject) : HostBool{0};
 }
 
 HostArray Runtime::GetArrayField(HostObject object, HostFieldId field, HostBool* isNull) {
