@@ -2,27 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
-#include <cstdlib>
 #include <optional>
 #include <string>
 #include <tuple>
 
+#include "common/environment_locale.h"
+
 namespace tssoap {
 namespace {
 
-// The environment's locale (the host's code page) is `name` for a test; put back afterwards.
-struct EnvironmentLocale {
-  explicit EnvironmentLocale(const char* name)
-      : saved(std::getenv("LC_ALL") != nullptr ? std::getenv("LC_ALL") : ""),
-        available(setenv("LC_ALL", name, 1) == 0 && std::setlocale(LC_ALL, "") != nullptr) {}
-  ~EnvironmentLocale() {
-    saved.empty() ? unsetenv("LC_ALL") : setenv("LC_ALL", saved.c_str(), 1);
-    std::setlocale(LC_ALL, "C");
-  }
-  const std::string saved;
-  const bool available;
-};
+using test::EnvironmentLocale;
 
 // Locale, host text, and its UTF-8 form (nothing: the host text can't be converted), which comes
 // back as the host text.

@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "common/environment_locale.h"
 #include "host/entry_points.h"
 #include "support/soap_vocabulary.h"
 #include "support/values/soap_exception.h"
@@ -36,18 +37,7 @@ std::optional<std::string> MessageOf(Action&& action) {
   return std::nullopt;
 }
 
-// The environment's locale (the host's code page) is `name` for a test; put back afterwards.
-struct EnvironmentLocale {
-  explicit EnvironmentLocale(const char* name)
-      : saved(std::getenv("LC_ALL") != nullptr ? std::getenv("LC_ALL") : ""),
-        available(setenv("LC_ALL", name, 1) == 0 && std::setlocale(LC_ALL, "") != nullptr) {}
-  ~EnvironmentLocale() {
-    saved.empty() ? unsetenv("LC_ALL") : setenv("LC_ALL", saved.c_str(), 1);
-    std::setlocale(LC_ALL, "C");
-  }
-  const std::string saved;
-  const bool available;
-};
+using test::EnvironmentLocale;
 
 // Eight bytes holding number: its low bytes are every narrower member (a little-endian host).
 static_assert(std::endian::native == std::endian::little);
