@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "common/loopback_http_server.h"
 #include "common/server_process.h"
 
 namespace tssoap::test {
