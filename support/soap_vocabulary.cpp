@@ -11,9 +11,12 @@ const SoapVocabulary& Vocabulary() {
 
 namespace {
 
-const char* const kSchemaTypesGroup[] = {kXsdNamespace1999Slash, kXsdNamespace1999,
-                                         kXsdNamespace2001Slash, kXsdNamespace2001,
-                                         kSoapEncNamespace,      kSoapEncNamespaceBare,
+const char* const kSchemaTypesGroup[] = {kXsdNamespace1999Slash,
+                                         kXsdNamespace1999,
+                                         kXsdNamespace2001Slash,
+                                         kXsdNamespace2001,
+                                         kSoapEncNamespace,
+                                         kSoapEncNamespaceBare,
                                          ""};
 const char* const kSoapEncodingOnlyGroup[] = {kSoapEncNamespace, kSoapEncNamespaceBare, ""};
 const char* const* const kGroups[] = {kSchemaTypesGroup, kSoapEncodingOnlyGroup};

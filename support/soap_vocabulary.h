@@ -42,7 +42,7 @@ const SoapVocabulary& Vocabulary();
 
 // Namespace groups: ordered lists of namespace texts ended by the empty text.
 enum NamespaceGroupId : uint32_t {
-  kSchemaTypes = 0,    // both schema years, each with and without "/", and the SOAP encoding
+  kSchemaTypes = 0,       // both schema years, each with and without "/", and the SOAP encoding
   kSoapEncodingOnly = 1,  // the SOAP encoding namespace, with and without "/"
 };
 // The list of a group; the end mark is the empty text.

@@ -9,14 +9,18 @@
 // echoStruct shows): a bare structure as the last parameter would become the response element
 // itself.
 
+// soapcpp2 reads these directives as written.
+// clang-format off
 //gsoap ns service name:      sample
 //gsoap ns service style:     rpc
 //gsoap ns service encoding:  encoded
 //gsoap ns service namespace: urn:tssoap-sample
 //gsoap ns service location:  http://127.0.0.1/sample
 //gsoap ns schema namespace:  urn:tssoap-sample
+// clang-format on
 
 #include <string>
+
 #import "stlvector.h"
 
 // --- types ---------------------------------------------------------------------------------

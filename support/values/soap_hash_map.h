@@ -28,7 +28,9 @@ class SOAPHashMap {
    public:
     Iterator(const SOAPHashMap* map, uint32_t bucket, Entry* entry)
         : map_(map), bucket_(bucket), entry_(entry) {}
-    bool operator==(const Iterator& other) const { return bucket_ == other.bucket_ && entry_ == other.entry_; }
+    bool operator==(const Iterator& other) const {
+      return bucket_ == other.bucket_ && entry_ == other.entry_;
+    }
     bool operator!=(const Iterator& other) const { return !(*this == other); }
     Iterator& operator++() {
       if (entry_ != nullptr && entry_->next != nullptr) {
