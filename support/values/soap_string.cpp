@@ -1,5 +1,7 @@
 #include "support/values/soap_string.h"
 
+#include <cstring>
+
 #include "support/values/easysoap_alloc.h"
 #include "support/values/soap_text.h"
 
@@ -43,10 +45,7 @@ void SOAPString::Assign(const char* text) {
     return;
   }
   if (buffer_ != nullptr) {
-    for (uint32_t i = 0; i < capacity_; ++i) {
-      buffer_[i] = text[i];
-      if (text[i] == '\0') return;
-    }
+    if (memccpy(buffer_, text, '\0', capacity_) != nullptr) return;
     // Doesn't fit: start over with a buffer that does.
     Clear();
   }

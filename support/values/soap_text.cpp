@@ -1,27 +1,24 @@
 #include "support/values/soap_text.h"
 
+#include <cstring>
+
+// The C library's versions are vectorised; these only add the null rules.
+
 char* SOAPText::Copy(char* destination, const char* source) {
   if (destination == nullptr || source == nullptr) return destination;
-  char* out = destination;
-  while ((*out++ = *source++) != '\0') {
-  }
-  return destination;
+  return std::strcpy(destination, source);
 }
 
 char* SOAPText::CopyBounded(char* destination, const char* source, uint32_t n) {
   if (destination == nullptr || source == nullptr || n == 0) return destination;
-  for (uint32_t i = 0; i < n; ++i) {
-    destination[i] = source[i];
-    if (source[i] == '\0') break;
-  }
+  memccpy(destination, source, '\0', n);  // stops after the terminator, pads nothing
   return destination;
 }
 
 uint32_t SOAPText::Length(const char* text) {
   if (text == nullptr) return 0;
-  uint32_t length = 0;
-  while (text[length] != '\0') ++length;
-  return length;
+  const size_t length = std::strlen(text);
+  return length > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(length);
 }
 
 int SOAPText::Compare(const char* a, const char* b) {
@@ -36,9 +33,5 @@ int SOAPText::Compare(const char* a, const char* b) {
 
 const char* SOAPText::FindLast(const char* text, char c) {
   if (text == nullptr) return nullptr;
-  const char* found = nullptr;
-  for (; *text != '\0'; ++text) {
-    if (*text == c) found = text;
-  }
-  return c == '\0' ? text : found;
+  return std::strrchr(text, c);
 }
