@@ -5,6 +5,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <string_view>
+
+extern char** environ;
 
 namespace tssoap {
 
@@ -37,11 +40,30 @@ struct SelectionKey {
   // False when the key doesn't fit, which leaves it empty.
   bool Build() {
     length = 0;
+    const char* values[kLocaleVariableCount] = {};
+    FindLocaleVariables(values);
     bool fits = Add(setlocale(LC_ALL, nullptr));
-    for (size_t i = 0; fits && i < kLocaleVariableCount; ++i)
-      fits = Add(std::getenv(kLocaleVariables[i]));
+    for (size_t i = 0; fits && i < kLocaleVariableCount; ++i) fits = Add(values[i]);
     if (!fits) length = 0;
     return fits;
+  }
+
+  // What getenv would answer for each locale variable, in one walk over the environment instead
+  // of one a variable: this runs before every text conversion.
+  static void FindLocaleVariables(const char* (&values)[kLocaleVariableCount]) {
+    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
+      const char* text = *entry;
+      if (text[0] != 'L' || (text[1] != 'C' && text[1] != 'A' && text[1] != 'O')) continue;
+      const char* equals = std::strchr(text, '=');
+      if (equals == nullptr) continue;
+      const std::string_view name(text, static_cast<size_t>(equals - text));
+      for (size_t i = 0; i < kLocaleVariableCount; ++i) {
+        if (values[i] == nullptr && name == kLocaleVariables[i]) {
+          values[i] = equals + 1;  // the first entry of a name wins, as with getenv
+          break;
+        }
+      }
+    }
   }
 
   bool operator==(const SelectionKey& other) const {
