@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "array_sizes.h"
 #include "composite/soap_array_decoder.h"
 #include "support/soap_vocabulary.h"
 
@@ -42,14 +43,9 @@ void BM_DecodeSoapArray(benchmark::State& state) {
     tssoap::DecodeSoapArray(*element, array);
     benchmark::DoNotOptimize(array.items[0].text.data());
   }
-  state.SetComplexityN(state.range(0));
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  CountItems(state);
 }
-BENCHMARK(BM_DecodeSoapArray)
-    ->RangeMultiplier(10)
-    ->Range(1000, 100000)
-    ->Unit(benchmark::kMicrosecond)
-    ->Complexity(benchmark::oN);
+BENCHMARK(BM_DecodeSoapArray)->Apply(ArraySizes)->Unit(benchmark::kMicrosecond);
 
 #ifdef TSSOAP_BENCH_WITH_HOST
 // The whole way of a response's string array: the driver of an encoded array, the decoder, the
@@ -81,14 +77,9 @@ void BM_EncodedStringArrayIn(benchmark::State& state) {
     runtime.reset();
     state.ResumeTiming();
   }
-  state.SetComplexityN(state.range(0));
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  CountItems(state);
 }
-BENCHMARK(BM_EncodedStringArrayIn)
-    ->RangeMultiplier(10)
-    ->Range(1000, 100000)
-    ->Unit(benchmark::kMillisecond)
-    ->Complexity(benchmark::oN);
+BENCHMARK(BM_EncodedStringArrayIn)->Apply(ArraySizes)->Unit(benchmark::kMillisecond);
 #endif
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "array_sizes.h"
 #include "easysoap/soap_method.h"
 #include "easysoap/soap_parser.h"
 #include "easysoap/xml_composer.h"
@@ -65,15 +66,10 @@ void BM_ComposeRequest(benchmark::State& state) {
     XMLComposer::ComposeRequest(*method, method->bindingStyle, envelope);
     benchmark::DoNotOptimize(envelope.data());
   }
-  state.SetComplexityN(state.range(0));
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  CountItems(state);
   state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(envelope.size()));
 }
-BENCHMARK(BM_ComposeRequest)
-    ->RangeMultiplier(10)
-    ->Range(1000, 100000)
-    ->Unit(benchmark::kMillisecond)
-    ->Complexity(benchmark::oN);
+BENCHMARK(BM_ComposeRequest)->Apply(ArraySizes)->Unit(benchmark::kMillisecond);
 
 void BM_ParseResponse(benchmark::State& state) {
   const std::string text = ResponseWithArray(state.range(0));
@@ -82,15 +78,10 @@ void BM_ParseResponse(benchmark::State& state) {
     SOAPParser::ParseResponse(text.data(), text.size(), "utf-8", response);
     benchmark::DoNotOptimize(&response.GetMethod());
   }
-  state.SetComplexityN(state.range(0));
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  CountItems(state);
   state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
 }
-BENCHMARK(BM_ParseResponse)
-    ->RangeMultiplier(10)
-    ->Range(1000, 100000)
-    ->Unit(benchmark::kMillisecond)
-    ->Complexity(benchmark::oN);
+BENCHMARK(BM_ParseResponse)->Apply(ArraySizes)->Unit(benchmark::kMillisecond);
 
 // The outgoing driver of an encoded array for xsd:string: the host's item reads, the string row's
 // conversion of each item (code page to UTF-8) and the item elements. The host array is made
@@ -115,13 +106,8 @@ void BM_EncodedStringArrayOut(benchmark::State& state) {
     tssoap::ConvertEncodedArrayOut(element, runtime, proxy, typeName, record, elementName);
     benchmark::DoNotOptimize(&element);
   }
-  state.SetComplexityN(state.range(0));
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  CountItems(state);
 }
-BENCHMARK(BM_EncodedStringArrayOut)
-    ->RangeMultiplier(10)
-    ->Range(1000, 100000)
-    ->Unit(benchmark::kMillisecond)
-    ->Complexity(benchmark::oN);
+BENCHMARK(BM_EncodedStringArrayOut)->Apply(ArraySizes)->Unit(benchmark::kMillisecond);
 
 }  // namespace
