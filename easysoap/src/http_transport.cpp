@@ -4,7 +4,9 @@
 #include <signal.h>
 #include <time.h>
 
+#include <cstdlib>
 #include <mutex>
+#include <tuple>
 #include <utility>
 
 #include "support/values/soap_exception.h"
@@ -39,8 +41,25 @@ std::string CharsetOf(const std::string& contentType) {
   return charset;
 }
 
+bool IsTlsFailure(CURLcode code) {
+  switch (code) {
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+      return true;
+    default:
+      return false;
+  }
+}
+
 // What failed, in the user's words; libcurl's own text follows it in the message.
 const char* FailureKind(CURLcode code) {
+  if (IsTlsFailure(code)) return "The TLS connection failed with";
   switch (code) {
     case CURLE_COULDNT_RESOLVE_HOST:
       return "Can't resolve the host name of";
@@ -50,15 +69,6 @@ const char* FailureKind(CURLcode code) {
       return "Can't connect to";
     case CURLE_OPERATION_TIMEDOUT:
       return "Timed out waiting for";
-    case CURLE_SSL_CONNECT_ERROR:
-    case CURLE_PEER_FAILED_VERIFICATION:
-    case CURLE_SSL_CERTPROBLEM:
-    case CURLE_SSL_CIPHER:
-    case CURLE_SSL_CACERT_BADFILE:
-    case CURLE_SSL_ISSUER_ERROR:
-    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
-    case CURLE_SSL_INVALIDCERTSTATUS:
-      return "The TLS connection failed with";
     case CURLE_GOT_NOTHING:
       return "The connection was closed without an answer by";
     case CURLE_RECV_ERROR:
@@ -70,6 +80,11 @@ const char* FailureKind(CURLcode code) {
     default:
       return "The HTTP exchange failed with";
   }
+}
+
+const char* Environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr && *value != '\0' ? value : nullptr;
 }
 
 // A peer that resets a connection while TLS writes to it would raise SIGPIPE, whose default ends
@@ -127,6 +142,7 @@ HttpTransport::HttpTransport(ServiceAddress service, std::optional<ServiceAddres
   curl_easy_setopt(h, CURLOPT_USERAGENT, "tssoapclient90");
   curl_easy_setopt(h, CURLOPT_SSL_VERIFYPEER, 1L);
   curl_easy_setopt(h, CURLOPT_SSL_VERIFYHOST, 2L);
+  TrustCertificatesOfEnvironment();
   // A SOAP POST isn't repeated to another address behind the caller's back.
   curl_easy_setopt(h, CURLOPT_FOLLOWLOCATION, 0L);
   curl_easy_setopt(h, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(maxAnswerBytes_));
@@ -149,6 +165,23 @@ HttpTransport::HttpTransport(ServiceAddress service, std::optional<ServiceAddres
     // Explicitly none: libcurl would otherwise follow the http_proxy environment variables.
     curl_easy_setopt(h, CURLOPT_PROXY, "");
   }
+}
+
+void HttpTransport::TrustCertificatesOfEnvironment() {
+  // The variables that curl's users already know: a bundle file (CURL_CA_BUNDLE before
+  // SSL_CERT_FILE) replaces the system's bundle, a directory of hashed certificates is added.
+  const char* fileVariable = Environment("CURL_CA_BUNDLE") ? "CURL_CA_BUNDLE" : "SSL_CERT_FILE";
+  for (auto [variable, option, proxyOption] :
+       {std::tuple{fileVariable, CURLOPT_CAINFO, CURLOPT_PROXY_CAINFO},
+        std::tuple{"SSL_CERT_DIR", CURLOPT_CAPATH, CURLOPT_PROXY_CAPATH}}) {
+    const char* value = Environment(variable);
+    if (value == nullptr) continue;
+    curl_easy_setopt(handle_, option, value);  // libcurl copies it
+    curl_easy_setopt(handle_, proxyOption, value);
+    trust_ += trust_.empty() ? " (trusting the CA certificates of " : ", ";
+    trust_.append(variable).append("=").append(value);
+  }
+  if (!trust_.empty()) trust_ += ")";
 }
 
 HttpTransport::~HttpTransport() {
@@ -278,6 +311,7 @@ void HttpTransport::ThrowTransportFailure(CURLcode code) const {
     throw SOAPSocketException("%s %s within the time-out of %ld seconds: %s", FailureKind(code),
                               Where().c_str(), timeoutSeconds_, detail.c_str());
   }
+  if (IsTlsFailure(code)) detail += trust_;
   throw SOAPSocketException("%s %s: %s", FailureKind(code), Where().c_str(), detail.c_str());
 }
 

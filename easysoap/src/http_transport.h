@@ -1,6 +1,8 @@
 // HttpTransport: one libcurl easy handle that posts SOAP requests to one service, directly or
-// through an HTTP proxy server. The handle lives as long as the transport, so that libcurl keeps
-// the TCP connection open between posts and reuses it. Used by one thread at a time.
+// through an HTTP proxy server. Certificates are verified against the system's CA bundle, or the
+// ones that CURL_CA_BUNDLE, SSL_CERT_FILE and SSL_CERT_DIR name. The handle lives as long as the
+// transport, so that libcurl keeps the TCP connection open between posts and reuses it. Used by one
+// thread at a time.
 #pragma once
 
 #include <curl/curl.h>
@@ -47,6 +49,9 @@ class HttpTransport {
   static size_t OnBody(char* data, size_t size, size_t count, void* self);
   void SetHeaders(const SOAPString& soapAction);
   [[noreturn]] void ThrowTransportFailure(CURLcode code) const;
+  // CA certificates named by CURL_CA_BUNDLE or SSL_CERT_FILE, and SSL_CERT_DIR, for the service
+  // and an https proxy server; verification itself is always on.
+  void TrustCertificatesOfEnvironment();
 
   ServiceAddress service_;
   std::optional<ServiceAddress> proxy_;
@@ -60,6 +65,7 @@ class HttpTransport {
   HttpAnswer* receiving_ = nullptr;
   bool answerTooLarge_ = false;
   char errorText_[CURL_ERROR_SIZE] = {};
+  std::string trust_;  // which variables named the trusted CAs, for TLS failure messages
 };
 
 }  // namespace easysoap_internal

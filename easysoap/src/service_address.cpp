@@ -1,5 +1,6 @@
 #include "easysoap/src/service_address.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "support/values/soap_exception.h"
@@ -8,30 +9,64 @@ namespace easysoap_internal {
 
 namespace {
 
-int HexValue(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
+constexpr std::string_view kPathStart = "/?#";
+
+bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool AllDigits(std::string_view text) {
+  for (char c : text) {
+    if (!IsDigit(c)) return false;
+  }
+  return true;
 }
 
-// %xx sequences become their byte; a "%" that starts no such sequence stays as it is.
-std::string PercentDecode(std::string_view text) {
-  std::string decoded;
-  decoded.reserve(text.size());
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '%' && i + 2 < text.size()) {
-      int high = HexValue(text[i + 1]);
-      int low = HexValue(text[i + 2]);
-      if (high >= 0 && low >= 0) {
-        decoded.push_back(static_cast<char>(high << 4 | low));
-        i += 2;
-        continue;
-      }
-    }
-    decoded.push_back(text[i]);
+// A URL scheme: a letter, then letters, digits, "+", "-" and ".". Text in front of a "://" that
+// a password holds is no scheme.
+bool IsScheme(std::string_view text) {
+  if (text.empty() || !IsLetter(text.front())) return false;
+  for (char c : text) {
+    if (!IsLetter(c) && !IsDigit(c) && c != '+' && c != '-' && c != '.') return false;
   }
-  return decoded;
+  return true;
+}
+
+// Letters, digits, "-", ".", "_", "~", and the bytes of non-ASCII (internationalised) names.
+bool IsHostCharacter(char c) {
+  return IsLetter(c) || IsDigit(c) || c == '-' || c == '.' || c == '_' || c == '~' ||
+         static_cast<unsigned char>(c) >= 0x80;
+}
+
+// "host", "host:port" or "[IPv6]:port", the port digits only (or empty, for the default).
+bool IsHostAndPort(std::string_view authority) {
+  size_t hostEnd = 0;
+  if (!authority.empty() && authority.front() == '[') {
+    hostEnd = authority.find(']');
+    if (hostEnd == std::string_view::npos || hostEnd == 1) return false;
+    for (char c : authority.substr(1, hostEnd - 1)) {
+      if (!IsLetter(c) && !IsDigit(c) && c != ':' && c != '.' && c != '%') return false;
+    }
+    ++hostEnd;
+  } else {
+    hostEnd = std::min(authority.find(':'), authority.size());
+    if (hostEnd == 0) return false;
+    for (char c : authority.substr(0, hostEnd)) {
+      if (!IsHostCharacter(c)) return false;
+    }
+  }
+  std::string_view port = authority.substr(hostEnd);
+  return port.empty() || (port.front() == ':' && AllDigits(port.substr(1)));
+}
+
+// The "@" that ends the user part of rest (the text behind "scheme://"): the last one followed
+// by host[:port] and then the path, the query, the fragment or the end. npos when none is.
+size_t UserPartEnd(std::string_view rest) {
+  for (size_t at = rest.rfind('@'); at != std::string_view::npos;
+       at = at == 0 ? std::string_view::npos : rest.rfind('@', at - 1)) {
+    std::string_view behind = rest.substr(at + 1);
+    if (IsHostAndPort(behind.substr(0, behind.find_first_of(kPathStart)))) return at;
+  }
+  return std::string_view::npos;
 }
 
 std::string_view TrimBlanks(std::string_view text) {
@@ -54,33 +89,40 @@ ServiceAddress ParseServiceAddress(const char* text, const char* role) {
   std::string_view address = TrimBlanks(text != nullptr ? text : "");
   if (address.empty()) throw SOAPException("The %s address is empty", role);
 
-  size_t schemeEnd = address.find("://");
   ServiceAddress parsed;
   std::string_view rest = address;
-  if (schemeEnd != std::string_view::npos) {
+  const size_t schemeEnd = address.find("://");
+  const bool hasScheme =
+      schemeEnd != std::string_view::npos && IsScheme(address.substr(0, schemeEnd));
+  if (hasScheme) {
     parsed.scheme = Lower(address.substr(0, schemeEnd));
     rest = address.substr(schemeEnd + 3);
   }
-  size_t pathStart = rest.find_first_of("/?#");
-  std::string_view authority = rest.substr(0, pathStart);
-  std::string_view path = pathStart == std::string_view::npos ? "" : rest.substr(pathStart);
-  size_t at = authority.rfind('@');
-  if (at != std::string_view::npos) {
-    std::string_view userPart = authority.substr(0, at);
+
+  // From here on only the address without its user part is ever shown. When no "@" can be told
+  // to end the user part, all in front of the last one is hidden: it may hold a password.
+  std::string_view located = rest;
+  std::string hidden;
+  if (size_t at = UserPartEnd(rest); at != std::string_view::npos) {
+    std::string_view userPart = rest.substr(0, at);
     size_t colon = userPart.find(':');
     parsed.hasUser = true;
-    parsed.user = PercentDecode(userPart.substr(0, colon));
-    if (colon != std::string_view::npos)
-      parsed.password = PercentDecode(userPart.substr(colon + 1));
-    authority = authority.substr(at + 1);
+    parsed.user = std::string(userPart.substr(0, colon));
+    if (colon != std::string_view::npos) parsed.password = std::string(userPart.substr(colon + 1));
+    located = rest.substr(at + 1);
+  } else if (size_t last = rest.rfind('@'); last != std::string_view::npos) {
+    located = rest.substr(last + 1);
+    hidden = "***@";
   }
-  // From here on only the address without its user part is ever shown.
-  std::string shown = parsed.scheme + "://" + std::string(authority) + std::string(path);
-  if (schemeEnd == std::string_view::npos) {
+  size_t pathStart = located.find_first_of(kPathStart);
+  std::string_view authority = located.substr(0, pathStart);
+  std::string shownRest = hidden + std::string(located);
+  std::string shown = parsed.scheme + "://" + shownRest;
+  if (!hasScheme) {
     throw SOAPException(
         "The %s address '%.300s' is not a URL: it lacks \"http://\" or "
         "\"https://\"",
-        role, (std::string(authority) + std::string(path)).c_str());
+        role, shownRest.c_str());
   }
   if (parsed.scheme != "http" && parsed.scheme != "https") {
     throw SOAPException(
@@ -102,11 +144,15 @@ ServiceAddress ParseServiceAddress(const char* text, const char* role) {
   if (parsed.host.empty()) {
     throw SOAPException("The %s address '%.300s' names no host", role, shown.c_str());
   }
-  for (char c : parsed.port) {
-    if (c < '0' || c > '9') {
-      throw SOAPException("The %s address '%.300s' has the port '%.40s', which isn't a number",
-                          role, shown.c_str(), parsed.port.c_str());
-    }
+  if (!AllDigits(parsed.port)) {
+    throw SOAPException("The %s address '%.300s' has the port '%.40s', which isn't a number", role,
+                        shown.c_str(), parsed.port.c_str());
+  }
+  if (!hidden.empty()) {
+    throw SOAPException(
+        "The %s address '%.300s' has no host name behind its user part (an \"@\" of the path "
+        "is written %%40)",
+        role, shown.c_str());
   }
   parsed.url = std::move(shown);
   return parsed;

@@ -1,10 +1,13 @@
 // ServiceAddress: an http or https URL taken apart the way the transport needs it. The user part
-// ("user:password@") is removed from the URL handed to libcurl and kept, %xx-decoded, as the
+// ("user:password@") is removed from the URL handed to libcurl and kept, byte for byte, as the
 // credentials, so that no message or log line built from the URL can show a password.
 //
-// The user part ends at the last "@" in front of the first "/", "?" or "#" behind "//", and the
-// user at its first ":". A password holding "/", "?" or "#" must therefore be %xx-escaped;
-// "@" and ":" in a password need no escape.
+// The extension writes user and password into the address unescaped, so they may hold any
+// character, "/", "?", "#", "@", ":", "%" and blanks included. The user part therefore runs up to
+// the last "@" that is followed by a host name (or [IPv6] address), an optional ":port", and then
+// "/", "?", "#" or the end of the text. Its first ":" ends the user. Nothing in it is %xx-decoded.
+// An "@" that belongs to the path, the query or the fragment must be written as %40; an "@"
+// that ends no user part makes the address invalid.
 #pragma once
 
 #include <string>
@@ -17,8 +20,8 @@ struct ServiceAddress {
   std::string port;    // as written, or the scheme's default
   std::string url;     // scheme://host[:port]/path, without the user part
   bool hasUser = false;
-  std::string user;      // decoded
-  std::string password;  // decoded
+  std::string user;      // as written
+  std::string password;  // as written
 
   // "host:port", for messages.
   std::string Where() const { return host + ":" + port; }
