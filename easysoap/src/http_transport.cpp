@@ -82,6 +82,15 @@ const char* FailureKind(CURLcode code) {
   }
 }
 
+// text with every byte but letters, digits and "-._~" written as %xx.
+std::string Escaped(CURL* handle, const std::string& text) {
+  char* escaped = curl_easy_escape(handle, text.data(), static_cast<int>(text.size()));
+  if (escaped == nullptr) throw SOAPMemoryException();
+  std::string copy(escaped);
+  curl_free(escaped);
+  return copy;
+}
+
 const char* Environment(const char* name) {
   const char* value = std::getenv(name);
   return value != nullptr && *value != '\0' ? value : nullptr;
@@ -158,8 +167,10 @@ HttpTransport::HttpTransport(ServiceAddress service, std::optional<ServiceAddres
     curl_easy_setopt(h, CURLOPT_PROXY, proxyUrl.c_str());  // libcurl copies it
     if (proxy_->hasUser) {
       curl_easy_setopt(h, CURLOPT_PROXYAUTH, static_cast<long>(CURLAUTH_BASIC));
-      curl_easy_setopt(h, CURLOPT_PROXYUSERNAME, proxy_->user.c_str());
-      curl_easy_setopt(h, CURLOPT_PROXYPASSWORD, proxy_->password.c_str());
+      // libcurl %xx-decodes the proxy server's user and password (not the service's), so they
+      // go in escaped to come out as they were written.
+      curl_easy_setopt(h, CURLOPT_PROXYUSERNAME, Escaped(h, proxy_->user).c_str());
+      curl_easy_setopt(h, CURLOPT_PROXYPASSWORD, Escaped(h, proxy_->password).c_str());
     }
   } else {
     // Explicitly none: libcurl would otherwise follow the http_proxy environment variables.
