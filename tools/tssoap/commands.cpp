@@ -1,8 +1,11 @@
 #include "tools/tssoap/commands.h"
 
+#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <ostream>
 
@@ -38,6 +41,8 @@ a JSON text (quote it for the shell: '"hello"'). Options, before or after the ar
   --port URL            createinstance with three arguments: the port name URL is the address
   --options TEXT        setoptions TEXT, such as "timeout=30, userid='me', password='secret'"
   --proxy-options TEXT  setproxyserveroptions TEXT, such as "address='http://gate:3128'"
+  --cacert FILE         trust the CA certificates of FILE (PEM) instead of the system's, for
+                        https services and proxy servers; sets CURL_CA_BUNDLE for the call
   --repeat N            N calls on the one proxy object; calls per second on stderr; the output
                         is that of the last call, or of the first that raised an exception
   --wire                the request and the response of the (first) call on stderr
@@ -88,6 +93,8 @@ examples/sample.json is a model. Host types: int, long, real, double, decimal, s
 any, uint, ulong, blob, date, time, datetime, longlong, a structure class, T[] and T[N].
 
 Environment:
+  CURL_CA_BUNDLE, SSL_CERT_FILE, SSL_CERT_DIR
+                         CA certificates to trust for https (a file, the same, a directory)
   TSSOAP_EXTENSION       the extension library to load (default: the one of this build)
   TSSOAP_SAMPLE_SERVICE  the sample service program for the demo (default: the one of this build)
 )";
@@ -121,12 +128,22 @@ int64_t ReadRepeat(const std::string& text) {
   return count;
 }
 
+// The library takes the CA certificates to trust from the environment, the way curl does; the
+// variable holds for this process only. A file that can't be read is named at once, rather than
+// as a TLS failure of the call.
+void TrustCaCertificates(const std::string& file) {
+  if (!std::ifstream(file).good()) {
+    throw SetupError("--cacert: can't read " + file + ": " + std::strerror(errno));
+  }
+  setenv("CURL_CA_BUNDLE", file.c_str(), 1);
+}
+
 void CheckOptionsAllowed(const CommandLine& line) {
-  bool callOptions =
-      line.endpoint || line.port || line.options || line.proxyOptions || line.repeat != 1;
+  bool callOptions = line.endpoint || line.port || line.options || line.proxyOptions ||
+                     line.caCertificates || line.repeat != 1;
   if (line.command != "call" && callOptions) {
     throw UsageError(
-        "--endpoint, --port, --options, --proxy-options and --repeat belong to "
+        "--endpoint, --port, --options, --proxy-options, --cacert and --repeat belong to "
         "tssoap call");
   }
   if (line.command == "describe" && line.wire) throw UsageError("--wire belongs to call and demo");
@@ -184,6 +201,8 @@ int Call(const CommandLine& line, const ToolPaths& paths, std::ostream& out, std
     throw UsageError("the proxy class " + proxy.className +
                      " has no endpoint: give one with --endpoint URL");
   }
+
+  if (line.caCertificates) TrustCaCertificates(*line.caCertificates);
 
   SessionOptions options;
   options.extensionPath = paths.extension;
@@ -284,6 +303,7 @@ CommandLine CommandLine::Parse(const std::vector<std::string>& arguments) {
     if (name == "--port") target = &line.port;
     if (name == "--options") target = &line.options;
     if (name == "--proxy-options") target = &line.proxyOptions;
+    if (name == "--cacert") target = &line.caCertificates;
     if (target == nullptr && name != "--repeat") throw UsageError("unknown option " + name);
     if (!value) {
       if (i + 1 >= arguments.size()) throw UsageError(name + " needs a value");

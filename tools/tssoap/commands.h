@@ -40,6 +40,7 @@ struct CommandLine {
   std::optional<std::string> port;
   std::optional<std::string> options;
   std::optional<std::string> proxyOptions;
+  std::optional<std::string> caCertificates;  // --cacert FILE
   int64_t repeat = 1;
   bool wire = false;
 

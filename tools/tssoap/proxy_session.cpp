@@ -1,6 +1,7 @@
 #include "tools/tssoap/proxy_session.h"
 
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "tools/tssoap/message_text.h"
 
@@ -9,12 +10,21 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// An option string as a message may show it: each password's value and the password in the user
+// part of an address ("scheme://user:password@") become "***".
+std::string WithoutPasswords(const std::string& text) {
+  static const std::regex password(R"((password\s*=\s*)('[^']*'?|"[^"]*"?|[^,]*))",
+                                   std::regex::icase);
+  static const std::regex userPart(R"((://[^:'"]*):[^'"]*@)");
+  return std::regex_replace(std::regex_replace(text, password, "$1'***'"), userPart, "$1:***@");
+}
+
 // A soapconnection answers an option string it refuses with a result other than 0.
 void CheckOptionsAccepted(const char* what, std::optional<int32_t> result,
                           const std::string& text) {
   if (result.value_or(0) != 0) {
     throw SetupError(std::string(what) + " answered " + std::to_string(*result) +
-                     ", the option string " + Quoted(text) + " is invalid");
+                     ", the option string " + Quoted(WithoutPasswords(text)) + " is invalid");
   }
 }
 
