@@ -20,6 +20,7 @@ TEST(FaultPart, CutsEachPartOutOfThePackedText) {
   const char* const kCloseFirst = "x</tssp_fcode>y<tssp_fcode>z";
   const char* const kUpper = "<TSSP_FCODE>a</TSSP_FCODE>";
   const char* const kMismatched = "<tssp_fcode>a</tssp_fstring>";
+  const char* const kEscapedOutside = "x<\\/tssp_fcode>";
   const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
       {"", "", "", ""},
       {"plain text", "plain text", "plain text", "plain text"},
@@ -31,6 +32,12 @@ TEST(FaultPart, CutsEachPartOutOfThePackedText) {
       {kCloseFirst, "z", kCloseFirst, kCloseFirst},
       {kUpper, kUpper, kUpper, kUpper},
       {kMismatched, kMismatched, kMismatched, kMismatched},
+      // Tag texts inside a part lose one escaping "\"; other texts, and a whole text, stay.
+      {"<tssp_fcode><\\/tssp_fcode><\\tssp_fstring></tssp_fcode>"
+       "<tssp_fstring><\\\\\\/tssp_x> <\\b> a\\b <tssp</tssp_fstring>"
+       "<tssp_fdetailmessage><\\/tssp_fdetailmessage</tssp_fdetailmessage>",
+       "</tssp_fcode><tssp_fstring>", "<\\\\/tssp_x> <\\b> a\\b <tssp", "</tssp_fdetailmessage"},
+      {kEscapedOutside, kEscapedOutside, kEscapedOutside, kEscapedOutside},
   };
   for (const auto& [details, code, string, detail] : cases) {
     SCOPED_TRACE(details);
