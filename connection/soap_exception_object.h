@@ -21,9 +21,8 @@ inline constexpr std::string_view kDetailMessageClose = "</tssp_fdetailmessage>"
 
 // The text between the first opening and the first closing tag of details (both searched from
 // the beginning); all text after the opening tag when the closing one stands before it; the
-// whole of details when either tag is missing. A part between tags is unescaped: the library
-// puts a "\" behind each "<" of a part that is followed by "\"s, an optional "/" and "tssp_", so
-// that no part can end or forge a tag; one "\" is taken off each again.
+// whole of details when either tag is missing. A part between tags is unescaped
+// (support/values/packed_fault_escape.h): it comes back as the server sent it.
 std::string FaultPart(std::string_view details, std::string_view openTag,
                       std::string_view closeTag);
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "support/values/packed_fault_escape.h"
+
 namespace easysoap_internal {
 
 namespace {
@@ -12,7 +14,6 @@ constexpr std::string_view kStringOpen = "<tssp_fstring>";
 constexpr std::string_view kStringClose = "</tssp_fstring>";
 constexpr std::string_view kDetailOpen = "<tssp_fdetailmessage>";
 constexpr std::string_view kDetailClose = "</tssp_fdetailmessage>";
-constexpr std::string_view kMarkerName = "tssp_";
 
 // text cut to at most room bytes, without splitting a UTF-8 sequence.
 std::string_view Cut(std::string_view text, size_t room) {
@@ -22,22 +23,13 @@ std::string_view Cut(std::string_view text, size_t room) {
   return text.substr(0, end);
 }
 
-// Whether text, from `from` on, is what stands behind the "<" of a tag or of an escaped one:
-// any number of "\", an optional "/", then "tssp_".
-bool IsMarkerBehind(std::string_view text, size_t from) {
-  size_t at = text.find_first_not_of(kFaultTextEscape, from);
-  if (at == std::string_view::npos) return false;
-  if (text[at] == '/') ++at;
-  return text.substr(at, kMarkerName.size()) == kMarkerName;
-}
-
 // The part escaped and cut so that the escaped text fits room, cut between characters of the
 // part itself, never inside an escape.
 std::string EscapedWithin(std::string_view part, size_t room) {
-  std::string escaped = EscapeFaultPart(part);
+  std::string escaped = packed_fault_escape::Escape(part);
   while (escaped.size() > room) {
     part = Cut(part, part.size() - std::min(part.size(), escaped.size() - room));
-    escaped = EscapeFaultPart(part);
+    escaped = packed_fault_escape::Escape(part);
   }
   return escaped;
 }
@@ -61,16 +53,6 @@ std::string PackFaultText(std::string_view code, std::string_view string, std::s
   packed.append(kStringOpen).append(escapedString).append(kStringClose);
   packed.append(kDetailOpen).append(escapedDetail).append(kDetailClose);
   return packed;
-}
-
-std::string EscapeFaultPart(std::string_view part) {
-  std::string escaped;
-  escaped.reserve(part.size());
-  for (size_t i = 0; i < part.size(); ++i) {
-    escaped.push_back(part[i]);
-    if (part[i] == '<' && IsMarkerBehind(part, i + 1)) escaped.push_back(kFaultTextEscape);
-  }
-  return escaped;
 }
 
 }  // namespace easysoap_internal

@@ -1,10 +1,8 @@
 // The packed fault text that SOAPFaultException carries: the fault's code, string and detail
 // between the pseudo-tags <tssp_fcode>, <tssp_fstring> and <tssp_fdetailmessage>.
 //
-// A part can't end its own tags or forge another's: a "<" in a part that is followed by any
-// number of "\", an optional "/" and "tssp_" gets one more "\" behind it ("</tssp_fcode>"
-// becomes "<\/tssp_fcode>", "<\tssp_x" becomes "<\\tssp_x"). Every other text, the "\"
-// elsewhere included, is packed as it is. The extension's getters take the escape off again.
+// Each part is escaped (support/values/packed_fault_escape.h), so that no part can end or forge a
+// tag; ordinary texts are packed byte for byte.
 #pragma once
 
 #include <cstddef>
@@ -18,10 +16,5 @@ namespace easysoap_internal {
 // the code and the string survive a long detail.
 std::string PackFaultText(std::string_view code, std::string_view string, std::string_view detail,
                           size_t limit);
-
-inline constexpr char kFaultTextEscape = '\\';
-
-// One part with its tag texts escaped, as above.
-std::string EscapeFaultPart(std::string_view part);
 
 }  // namespace easysoap_internal

@@ -161,6 +161,9 @@ TEST(SoapParserTest, ReadsFaultsAndRefusesWhatItCantUse) {
               "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
               "xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\">42</code></ns:problem>")},
       {Fault("Client", "bad", ""), Packed("Client", "bad", "")},
+      // Tag texts in a part get one more "\\" behind their "<"; any other "\\" stays.
+      {Fault("&lt;/tssp_fcode>", "a\\b &lt;\\tssp_", "<detail><tssp_x/></detail>"),
+       Packed("<\\/tssp_fcode>", "a\\b <\\\\tssp_", "<\\tssp_x><\\/tssp_x>")},
       {Fault("c", "s", "<detail>a &amp; b</detail>"), Packed("c", "s", "a &amp; b")},
       {"<html><body>hi</body></html>",
        "not a SOAP envelope: its root element is 'html' in the namespace ''"},
