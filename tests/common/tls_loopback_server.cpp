@@ -6,6 +6,8 @@
 #include <openssl/err.h>
 #include <openssl/ssl.h>
 #include <poll.h>
+#include <pthread.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -115,6 +117,12 @@ std::vector<std::string> TlsLoopbackServer::Requests() const {
 }
 
 void TlsLoopbackServer::Serve() {
+  // A client that refuses the certificate has closed the connection by the time the server
+  // writes to it again; the write fails, and the signal stays blocked on this thread alone.
+  sigset_t pipe;
+  sigemptyset(&pipe);
+  sigaddset(&pipe, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
   while (!stopping_) {
     pollfd waiting{listener_, POLLIN, 0};
     if (poll(&waiting, 1, 100) <= 0) continue;
