@@ -209,6 +209,29 @@ TEST(SoapParserTest, ReadsFaultsAndRefusesWhatItCantUse) {
   const std::string end = "</tssp_fdetailmessage>";
   ASSERT_EQ(text.rfind(end), text.size() - end.size());
   EXPECT_NE(static_cast<unsigned char>(text[text.size() - end.size() - 1]), 0xC3);
+
+  // Escapes count against the limit too, and the cut falls in the text as the server sent it:
+  // the detail packed is whole escaped tags, "<\tssp_t>" and "<\/tssp_t>", and then the start of
+  // one more, escaped only once it holds all of "tssp_".
+  std::string tags;
+  for (int i = 0; i < 1000; ++i) tags += "<tssp_t/>";
+  text = ParseOutcome(Fault("Server", "s", "<detail>" + tags + "</detail>")).text;
+  EXPECT_LE(text.size(), SOAPException::kMessageLimit - 1);
+  ASSERT_EQ(text.rfind(end), text.size() - end.size());
+  const size_t start = text.find("<tssp_fdetailmessage>") + 21;
+  std::string rest = text.substr(start, text.size() - end.size() - start);
+  for (const std::string piece : {"<\\tssp_t>", "<\\/tssp_t>"}) {
+    for (size_t at = rest.find(piece); at != std::string::npos; at = rest.find(piece)) {
+      rest.erase(at, piece.size());
+    }
+  }
+  bool startOfATag = false;
+  for (const std::string tag : {"<tssp_t>", "</tssp_t>", "<\\tssp_t>", "<\\/tssp_t>"}) {
+    startOfATag = startOfATag || tag.rfind(rest, 0) == 0;
+  }
+  EXPECT_TRUE(startOfATag) << rest;
+  EXPECT_TRUE(rest.find('\\') == std::string::npos || rest.find("tssp_") != std::string::npos)
+      << rest;
 }
 
 // root (urn:r, one attribute): a "1", b {inner "deep"}, a "second a".
