@@ -4,13 +4,21 @@
 
 namespace easysoap_internal {
 
-void MultiReferences::AddId(const char* id, SOAPParameter* element) {
+namespace {
+
+// Ids are shown up to 200 bytes.
+int Shown(std::string_view id) { return static_cast<int>(id.size() < 200 ? id.size() : 200); }
+
+}  // namespace
+
+void MultiReferences::AddId(std::string_view id, SOAPParameter* element) {
   if (!ids_.emplace(id, element).second) {
-    throw SOAPException("The answer gives the id '%.200s' to more than one element", id);
+    throw SOAPException("The answer gives the id '%.*s' to more than one element", Shown(id),
+                        id.data());
   }
 }
 
-void MultiReferences::AddReference(SOAPParameter* element, const char* id) {
+void MultiReferences::AddReference(SOAPParameter* element, std::string_view id) {
   referenceOf_.emplace(element, references_.size());
   references_.push_back({element, id});
 }
@@ -33,15 +41,17 @@ void MultiReferences::Resolve(SOAPParameter& body, uint32_t bodyLevel, uint32_t 
         break;
       }
       if (state[current] == kWalking) {
-        throw SOAPException("The references of the answer form a cycle through '#%.200s'",
-                            references_[current].id.c_str());
+        std::string_view id = references_[current].id;
+        throw SOAPException("The references of the answer form a cycle through '#%.*s'", Shown(id),
+                            id.data());
       }
       state[current] = kWalking;
       chain.push_back(current);
       auto target = ids_.find(references_[current].id);
       if (target == ids_.end()) {
-        throw SOAPException("The reference '#%.200s' in the answer points at no element",
-                            references_[current].id.c_str());
+        std::string_view id = references_[current].id;
+        throw SOAPException("The reference '#%.*s' in the answer points at no element", Shown(id),
+                            id.data());
       }
       auto next = referenceOf_.find(target->second);
       if (next == referenceOf_.end()) {

@@ -1,5 +1,7 @@
 #include "easysoap/soap_method.h"
 
+#include "easysoap/src/message_store.h"
+
 SOAPMethod::SOAPMethod(const char* name, const char* ns, const char* soapAction, bool /*flag*/)
     : soapAction_(soapAction) {
   SetName(name, ns);
@@ -19,4 +21,12 @@ const SOAPParameter& SOAPResponse::GetMethod() const {
   return children.IsEmpty() ? empty_ : *children[0];
 }
 
-void SOAPResponse::Reset() { body_ = SOAPParameter(); }
+void SOAPResponse::Reset() {
+  body_ = SOAPParameter();
+  if (store_ != nullptr) store_->Reset();
+}
+
+easysoap_internal::MessageStore& SOAPResponse::Store() {
+  if (store_ == nullptr) store_ = std::make_unique<easysoap_internal::MessageStore>();
+  return *store_;
+}

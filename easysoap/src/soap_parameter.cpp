@@ -11,6 +11,7 @@ SOAPParameter& SOAPParameter::operator=(const SOAPParameter& other) {
   if (this != &other) {
     SOAPParameter copy(other);
     DeleteOwnChildren();
+    ForgetStoredAttributes(ownValue_);
     name_ = copy.name_;
     ownValue_.text = copy.ownValue_.text;
     ownValue_.attributes = std::move(copy.ownValue_.attributes);
@@ -22,7 +23,10 @@ SOAPParameter& SOAPParameter::operator=(const SOAPParameter& other) {
   return *this;
 }
 
-SOAPParameter::~SOAPParameter() { DeleteOwnChildren(); }
+SOAPParameter::~SOAPParameter() {
+  DeleteOwnChildren();
+  ForgetStoredAttributes(ownValue_);
+}
 
 void SOAPParameter::CopyFrom(const SOAPParameter& other) {
   name_ = other.name_;
@@ -44,11 +48,28 @@ void SOAPParameter::CopyFrom(const SOAPParameter& other) {
 }
 
 void SOAPParameter::DeleteOwnChildren() {
-  for (SOAPParameter* child : ownValue_.children) delete child;
+  for (SOAPParameter* child : ownValue_.children) {
+    if (child->ownValue_.storedElement) {
+      child->~SOAPParameter();  // its memory goes with the response's storage
+    } else {
+      delete child;
+    }
+  }
   ownValue_.children.Resize(0);
 }
 
+void SOAPParameter::ForgetStoredAttributes(Data& data) {
+  if (!data.storedAttributes) return;
+  data.attributes.Forget();
+  data.storedAttributes = false;
+}
+
 void SOAPParameter::SetName(const char* name, const char* ns) { name_.Set(name, ns); }
+
+void SOAPParameter::ReferName(const char* name, const char* ns) {
+  name_.GetName().Refer(name);
+  name_.GetNamespace().Refer(ns);
+}
 
 SOAPParameter& SOAPParameter::AddParameter(const char* name) {
   auto* child = new SOAPParameter();
@@ -87,4 +108,12 @@ void SOAPParameter::ClearValue() {
   ownValue_.isStruct = false;
 }
 
-SOAPQName& SOAPParameter::AddAttribute(const SOAPQName& key) { return value_->attributes.Add(key); }
+SOAPQName& SOAPParameter::AddAttribute(const SOAPQName& key) {
+  if (value_->storedAttributes) {
+    // Entries in the response's storage can't grow: take them over first.
+    Attributes own(value_->attributes);
+    ForgetStoredAttributes(*value_);
+    value_->attributes = std::move(own);
+  }
+  return value_->attributes.Add(key);
+}

@@ -7,14 +7,15 @@
 #endif
 #include <expat.h>
 
+#include <algorithm>
 #include <cstring>
 #include <exception>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "easysoap/src/fault_text.h"
+#include "easysoap/src/message_store.h"
 #include "easysoap/src/multi_reference.h"
 #include "easysoap/src/soap_namespaces.h"
 #include "easysoap/src/xml_escape.h"
@@ -22,6 +23,7 @@
 
 using easysoap_internal::AppendEscaped;
 using easysoap_internal::EscapeContext;
+using easysoap_internal::MessageStore;
 using easysoap_internal::MultiReferences;
 namespace ns = easysoap_internal::namespaces;
 
@@ -35,6 +37,16 @@ constexpr char kNameSeparator = '\x01';
 constexpr size_t kDetailCaptureLimit = 8192;
 
 constexpr const char* kSoap12Envelope = "http://www.w3.org/2003/05/soap-envelope";
+
+// The deadline is looked at after this much work (elements, attributes and namespace
+// declarations) and between the pieces the document is fed in.
+constexpr uint64_t kWorkBetweenClockReads = 4096;
+constexpr size_t kPiece = size_t{4} << 20;
+
+// Memory the parser holds besides the response's storage, counted against the memory limit: an
+// element's slot in its parent's list of children (up to twice the pointer, as lists double) and
+// a namespace declaration in force.
+constexpr size_t kBytesPerChildSlot = 2 * sizeof(SOAPParameter*);
 
 struct SplitName {
   std::string_view uri;
@@ -76,22 +88,59 @@ bool StartsWith(const char* data, size_t size, std::string_view prefix) {
   return size >= prefix.size() && std::memcmp(data, prefix.data(), prefix.size()) == 0;
 }
 
+bool IsUtf16(const char* data, size_t size) {
+  return StartsWith(data, size, "\xFE\xFF") || StartsWith(data, size, "\xFF\xFE") ||
+         StartsWith(data, size, std::string_view("<\0", 2)) ||
+         StartsWith(data, size, std::string_view("\0<", 2));
+}
+
 // The charset of the HTTP answer, when the document doesn't state its own encoding: no byte
 // order mark, no UTF-16 without one (which expat recognises by itself), and no encoding in an
 // XML declaration.
 const char* EncodingOverride(const char* data, size_t size, const char* charset) {
   if (charset == nullptr || *charset == '\0') return nullptr;
-  if (StartsWith(data, size, "\xEF\xBB\xBF") || StartsWith(data, size, "\xFE\xFF") ||
-      StartsWith(data, size, "\xFF\xFE") || StartsWith(data, size, std::string_view("<\0", 2)) ||
-      StartsWith(data, size, std::string_view("\0<", 2))) {
-    return nullptr;
-  }
+  if (StartsWith(data, size, "\xEF\xBB\xBF") || IsUtf16(data, size)) return nullptr;
   if (StartsWith(data, size, "<?xml")) {
     std::string_view head(data, size);
     size_t end = head.find("?>");
     if (head.substr(0, end).find("encoding") != std::string_view::npos) return nullptr;
   }
   return charset;
+}
+
+// Where the first start or end tag longer than limit bytes begins, or npos. Expat reads a whole
+// tag before it reports it, so one huge tag would cost its memory and time before any handler
+// could object. Only for documents in an encoding that writes markup in ASCII bytes; comments,
+// CDATA sections and processing instructions are skipped whole, quoted values inside tags.
+size_t FindOverlongTag(std::string_view document, size_t limit) {
+  constexpr size_t npos = std::string_view::npos;
+  for (size_t at = document.find('<'); at != npos; at = document.find('<', at + 1)) {
+    std::string_view rest = document.substr(at);
+    const char* close = rest.starts_with("<!--")        ? "-->"
+                        : rest.starts_with("<![CDATA[") ? "]]>"
+                        : rest.starts_with("<?")        ? "?>"
+                                                        : nullptr;
+    if (close != nullptr) {
+      at = document.find(close, at + 2);
+      if (at == npos) return npos;  // expat tells what is wrong with the rest
+      continue;
+    }
+    char quote = '\0';
+    size_t end = at + 1;
+    for (; end < document.size(); ++end) {
+      char c = document[end];
+      if (quote != '\0') {
+        if (c == quote) quote = '\0';
+      } else if (c == '"' || c == '\'') {
+        quote = c;
+      } else if (c == '>') {
+        break;
+      }
+      if (end - at > limit) return at;
+    }
+    at = end;
+  }
+  return npos;
 }
 
 // windows-1252, which some servers send although expat doesn't know it: 0x80 to 0x9F hold
@@ -118,7 +167,7 @@ int XMLCALL UnknownEncoding(void*, const XML_Char* name, XML_Encoding* info) {
 class ResponseReader {
  public:
   ResponseReader(SOAPResponse& response, const SOAPParser::Limits& limits)
-      : response_(response), limits_(limits) {}
+      : response_(response), limits_(limits), store_(&response.Store()) {}
   ~ResponseReader() {
     if (parser_ != nullptr) XML_ParserFree(parser_);
   }
@@ -128,16 +177,25 @@ class ResponseReader {
       throw SOAPException("The answer is larger than the limit of %llu bytes",
                           static_cast<unsigned long long>(limits_.maxBytes));
     }
+    memoryLimit_ = limits_.memoryPerByte * uint64_t{size} + SOAPParser::kMemoryAllowance;
+    if (!IsUtf16(data, size)) {
+      size_t overlong = FindOverlongTag({data, size}, limits_.maxTagBytes);
+      if (overlong != std::string_view::npos) {
+        throw SOAPException("The answer holds a tag longer than the limit of %u bytes at byte %zu",
+                            limits_.maxTagBytes, overlong);
+      }
+    }
     response_.Reset();
     response_.GetBody().SetName("Body", ns::kEnvelope);
     Create(EncodingOverride(data, size, charset));
+    CheckDeadline();
 
-    // XML_Parse counts in int; feed large documents in pieces.
-    constexpr size_t kPiece = size_t{1} << 30;
+    // Pieces keep the clock in view while expat reads a huge tag (and XML_Parse counts in int).
     size_t offset = 0;
     do {
       size_t piece = size - offset < kPiece ? size - offset : kPiece;
       bool last = offset + piece == size;
+      if (offset != 0) CheckDeadline();
       if (XML_Parse(parser_, data + offset, static_cast<int>(piece), last) != XML_STATUS_OK) {
         if (failure_) std::rethrow_exception(failure_);
         throw SOAPException("The answer is not well-formed XML: %s at line %lu, column %lu",
@@ -152,6 +210,7 @@ class ResponseReader {
     if (!sawBody_) throw SOAPException("The answer's SOAP envelope has no Body");
     if (isFault_) ThrowFault();
     if (references_.HasReferences()) {
+      CheckDeadline();
       references_.Resolve(response_.GetBody(), 2, limits_.maxDepth, limits_.maxElements);
     }
   }
@@ -197,14 +256,12 @@ class ResponseReader {
   }
   static void XMLCALL OnNamespaceStart(void* self, const XML_Char* prefix, const XML_Char* uri) {
     static_cast<ResponseReader*>(self)->Guard([&](ResponseReader& r) {
-      r.inScope_[prefix != nullptr ? prefix : ""].emplace_back(uri != nullptr ? uri : "");
+      r.Declare(prefix != nullptr ? prefix : "", uri != nullptr ? uri : "");
     });
   }
   static void XMLCALL OnNamespaceEnd(void* self, const XML_Char* prefix) {
-    static_cast<ResponseReader*>(self)->Guard([&](ResponseReader& r) {
-      auto found = r.inScope_.find(prefix != nullptr ? prefix : "");
-      if (found != r.inScope_.end() && !found->second.empty()) found->second.pop_back();
-    });
+    static_cast<ResponseReader*>(self)->Guard(
+        [&](ResponseReader& r) { r.Undeclare(prefix != nullptr ? prefix : ""); });
   }
   static void XMLCALL OnDoctype(void* self, const XML_Char*, const XML_Char*, const XML_Char*,
                                 int) {
@@ -251,6 +308,14 @@ class ResponseReader {
       throw SOAPException("The answer holds more than the limit of %u elements",
                           limits_.maxElements);
     }
+    uint32_t attributeCount = 0;
+    while (attributes[2 * attributeCount] != nullptr) ++attributeCount;
+    if (attributeCount > limits_.maxAttributes) {
+      throw SOAPException("The answer gives an element more than the limit of %u attributes",
+                          limits_.maxAttributes);
+    }
+    declarationsOfNextElement_ = 0;
+    Work(1 + attributeCount);
     if (skipFrom_ != 0) return;
     SplitName name = Split(rawName);
     if (depth_ == 1) {
@@ -268,7 +333,7 @@ class ResponseReader {
       return;
     }
     if (open_.empty()) return;
-    StartBodyElement(name, attributes);
+    StartBodyElement(name, attributes, attributeCount);
   }
 
   void StartEnvelope(const SplitName& name) {
@@ -284,16 +349,23 @@ class ResponseReader {
     }
   }
 
-  void StartBodyElement(const SplitName& name, const XML_Char** attributes) {
+  // Elements, their names and attribute entries are made in the response's storage; names and
+  // namespaces are kept there once.
+  void StartBodyElement(const SplitName& name, const XML_Char** attributes,
+                        uint32_t attributeCount) {
     OpenElement& parent = open_.back();
     parent.hasChildElement = true;
-    scratch_.assign(name.local);
-    scratchUri_.assign(name.uri);
-    SOAPParameter& element = parent.element->AddParameter(scratch_.c_str());
-    element.SetName(scratch_.c_str(), name.uri.empty() ? nullptr : scratchUri_.c_str());
-    for (const XML_Char** attribute = attributes; *attribute != nullptr; attribute += 2) {
-      AddAttribute(element, Split(attribute[0]), attribute[1]);
+    SOAPParameter& element = *store_->New<SOAPParameter>();
+    element.GetValue().storedElement = true;
+    try {
+      parent.element->GetValue().children.Add(&element);
+    } catch (...) {
+      element.~SOAPParameter();
+      throw;
     }
+    ++elementsStored_;
+    element.ReferName(store_->Intern(name.local).text, InternedOrNull(name.uri));
+    if (attributeCount != 0) AddAttributes(element, attributes, attributeCount);
 
     if (depth_ == 3 && !sawMethod_) {
       sawMethod_ = true;
@@ -308,40 +380,87 @@ class ResponseReader {
     open_.push_back({&element, false});
     if (texts_.size() < open_.size()) texts_.resize(open_.size());
     texts_[open_.size() - 1].clear();
+    CheckMemory();
   }
 
-  void AddAttribute(SOAPParameter& element, const SplitName& name, const char* value) {
-    scratch_.assign(name.local);
-    scratchUri_.assign(name.uri);
-    SOAPQName& stored = element.AddAttribute(
-        SOAPQName(scratch_.c_str(), name.uri.empty() ? nullptr : scratchUri_.c_str()));
-    stored.SetName(value);
-    if (IsQNameValued(name)) {
-      std::string_view uri = PrefixNamespace(value);
-      if (!uri.empty()) {
-        scratchUri_.assign(uri);
-        stored.SetNamespace(scratchUri_.c_str());
+  const char* InternedOrNull(std::string_view text) {
+    return text.empty() ? nullptr : store_->Intern(text).text;
+  }
+
+  // The entries are chained into a table of their own size, as the map would find them.
+  void AddAttributes(SOAPParameter& element, const XML_Char** attributes, uint32_t count) {
+    using Entry = SOAPParameter::Attributes::Entry;
+    uint32_t buckets = 1;
+    while (buckets < count) buckets *= 2;
+    auto** table = static_cast<Entry**>(store_->Allocate(sizeof(Entry*) * size_t{buckets}));
+    std::fill(table, table + buckets, nullptr);
+    SOAPParameter::Data& data = element.GetValue();
+    data.attributes.Adopt(table, buckets, count);
+    data.storedAttributes = true;
+    for (const XML_Char** attribute = attributes; *attribute != nullptr; attribute += 2) {
+      SplitName name = Split(attribute[0]);
+      const char* value = attribute[1];
+      const MessageStore::Interned& local = store_->Intern(name.local);
+      const MessageStore::Interned* uri = name.uri.empty() ? nullptr : &store_->Intern(name.uri);
+      bool qnameValued = IsQNameValued(name);
+      // Qualified-name values ("xsd:int") repeat from element to element; others are copied.
+      const char* text = qnameValued ? store_->Intern(value).text : store_->Copy(value);
+      Entry& entry = *store_->New<Entry>();
+      entry.hash = local.textHash ^ (uri != nullptr ? uri->textHash : 0);
+      entry.key.GetName().Refer(local.text);
+      entry.key.GetNamespace().Refer(uri != nullptr ? uri->text : nullptr);
+      entry.value.GetName().Refer(text);
+      if (qnameValued) {
+        const MessageStore::Interned* valueUri = PrefixNamespace(value);
+        if (valueUri != nullptr) entry.value.GetNamespace().Refer(valueUri->text);
       }
-    }
-    if (name.local == "nil" && IsSchemaInstance(name.uri) &&
-        (std::strcmp(value, "true") == 0 || std::strcmp(value, "1") == 0)) {
-      element.SetNull(true);
-    }
-    if (name.uri.empty()) {
-      if (name.local == "id") references_.AddId(value, &element);
-      if (name.local == "href" && value[0] == '#') references_.AddReference(&element, value + 1);
+      Entry*& chain = table[entry.hash % buckets];
+      entry.next = chain;
+      chain = &entry;
+
+      if (name.local == "nil" && IsSchemaInstance(name.uri) &&
+          (std::strcmp(value, "true") == 0 || std::strcmp(value, "1") == 0)) {
+        element.SetNull(true);
+      }
+      if (name.uri.empty()) {
+        if (name.local == "id") references_.AddId(text, &element);
+        if (name.local == "href" && text[0] == '#') references_.AddReference(&element, text + 1);
+      }
     }
   }
 
   // The namespace that the prefix of a QName text stands for here; the default namespace for a
-  // text without prefix; empty when the prefix isn't declared.
-  std::string_view PrefixNamespace(std::string_view qname) const {
+  // text without prefix; null when the prefix isn't declared (or declared empty).
+  const MessageStore::Interned* PrefixNamespace(std::string_view qname) const {
     size_t colon = qname.find(':');
-    std::string prefix(colon == std::string_view::npos ? std::string_view()
-                                                       : qname.substr(0, colon));
-    auto found = inScope_.find(prefix);
-    if (found == inScope_.end() || found->second.empty()) return {};
-    return found->second.back();
+    const MessageStore::Interned* prefix = store_->FindInterned(
+        colon == std::string_view::npos ? std::string_view() : qname.substr(0, colon));
+    if (prefix == nullptr || prefix->binding == 0) return nullptr;
+    const MessageStore::Interned* uri = bindings_[prefix->binding - 1].uri;
+    return uri->length != 0 ? uri : nullptr;
+  }
+  static std::string_view View(const MessageStore::Interned* text) {
+    return text != nullptr ? std::string_view(text->text, text->length) : std::string_view();
+  }
+
+  // Declarations in force, a stack whose entries chain the earlier declarations of their prefix;
+  // each prefix knows its latest.
+  void Declare(const char* prefix, const char* uri) {
+    if (++declarationsOfNextElement_ > limits_.maxDeclarations) {
+      throw SOAPException("The answer declares more than the limit of %u namespaces on an element",
+                          limits_.maxDeclarations);
+    }
+    Work(1);
+    MessageStore::Interned& declared = store_->Intern(prefix);
+    bindings_.push_back({&declared, &store_->Intern(uri), declared.binding});
+    declared.binding = static_cast<uint32_t>(bindings_.size());
+    CheckMemory();
+  }
+  // Expat ends an element's declarations in the reverse order of their start.
+  void Undeclare(const char* prefix) {
+    if (bindings_.empty() || std::strcmp(bindings_.back().prefix->text, prefix) != 0) return;
+    bindings_.back().prefix->binding = bindings_.back().previous;
+    bindings_.pop_back();
   }
 
   void Text(const XML_Char* text, int length) {
@@ -372,10 +491,36 @@ class ResponseReader {
 
   // A leaf keeps its text, empty included; an element with children keeps only text that is more
   // than the white space between them.
-  static void StoreText(const OpenElement& open, const std::string& text) {
+  void StoreText(const OpenElement& open, const std::string& text) {
     if (open.hasChildElement && IsBlank(text)) return;
-    open.element->SetString(text.c_str());
-    if (open.element->GetString().IsNull()) throw SOAPMemoryException();
+    open.element->GetStringRef().Refer(store_->Copy(text));
+    CheckMemory();
+  }
+
+  // --- limits of time and memory -----------------------------------------------------------
+
+  void Work(uint64_t amount) {
+    work_ += amount;
+    if (work_ < nextClockRead_) return;
+    nextClockRead_ = work_ + kWorkBetweenClockReads;
+    CheckDeadline();
+  }
+
+  void CheckDeadline() const {
+    if (limits_.deadline != SOAPParser::Clock::time_point::max() &&
+        SOAPParser::Clock::now() >= limits_.deadline) {
+      throw SOAPSocketException("reading the answer took longer than the time-out");
+    }
+  }
+
+  void CheckMemory() const {
+    uint64_t used = store_->Footprint() + elementsStored_ * kBytesPerChildSlot +
+                    bindings_.capacity() * sizeof(Binding) + references_.Footprint();
+    if (used > memoryLimit_) {
+      throw SOAPException(
+          "The answer needs more memory than the limit of %llu bytes, %u times its size",
+          static_cast<unsigned long long>(memoryLimit_), limits_.memoryPerByte);
+    }
   }
 
   // --- the fault -------------------------------------------------------------------------
@@ -410,7 +555,7 @@ class ResponseReader {
         std::string_view value(attribute[1]);
         size_t colon = value.find(':');
         if (colon != std::string_view::npos) {
-          DeclareForCapture(value.substr(0, colon), PrefixNamespace(value), declarations);
+          DeclareForCapture(value.substr(0, colon), View(PrefixNamespace(value)), declarations);
         }
       }
     }
@@ -467,10 +612,21 @@ class ResponseReader {
 
   std::vector<OpenElement> open_;   // the Body and the elements open inside it
   std::vector<std::string> texts_;  // their text so far, one buffer per level, reused
-  std::unordered_map<std::string, std::vector<std::string>> inScope_;  // prefix: namespaces
   MultiReferences references_;
-  std::string scratch_;
-  std::string scratchUri_;
+  MessageStore* store_ = nullptr;  // the response's
+
+  struct Binding {
+    MessageStore::Interned* prefix;
+    const MessageStore::Interned* uri;
+    uint32_t previous;  // the declaration of the prefix that this one hides, or 0
+  };
+  std::vector<Binding> bindings_;
+
+  uint64_t work_ = 0;
+  uint64_t nextClockRead_ = kWorkBetweenClockReads;
+  uint64_t memoryLimit_ = 0;
+  uint64_t elementsStored_ = 0;
+  uint32_t declarationsOfNextElement_ = 0;  // expat reports them before the element's start
 
   struct CaptureDeclaration {
     std::string prefix;

@@ -1,5 +1,6 @@
 #include "easysoap/soap_proxy.h"
 
+#include <chrono>
 #include <exception>
 #include <new>
 #include <optional>
@@ -71,12 +72,14 @@ void LogAnswer(const HttpAnswer& answer) {
 struct SOAPProxy::Impl {
   Impl(ServiceAddress service, std::optional<ServiceAddress> proxy, long timeout, int style)
       : transport(std::move(service), std::move(proxy), timeout, SOAPParser::Limits().maxBytes),
+        timeoutSeconds(timeout < 0 ? 0 : timeout),
         bindingStyle(style) {}
 
   void Execute(const SOAPMethod& method);
-  void Interpret(const std::string& where);
+  void Interpret(const std::string& where, SOAPParser::Clock::time_point started);
 
   HttpTransport transport;
+  long timeoutSeconds;  // for the whole call, reading the answer included; 0 for none
   int bindingStyle;
   SOAPResponse response;
   std::string request;  // buffers kept from call to call
@@ -84,6 +87,7 @@ struct SOAPProxy::Impl {
 };
 
 void SOAPProxy::Impl::Execute(const SOAPMethod& method) {
+  SOAPParser::Clock::time_point started = SOAPParser::Clock::now();
   response.Reset();
   int style =
       method.bindingStyle != XMLComposer::kUnstatedStyle ? method.bindingStyle : bindingStyle;
@@ -94,10 +98,10 @@ void SOAPProxy::Impl::Execute(const SOAPMethod& method) {
   if (logging) LogRequest(transport.Service().url, action, request);
   transport.Post(request, action, answer);
   if (logging) LogAnswer(answer);
-  Interpret(transport.Where());
+  Interpret(transport.Where(), started);
 }
 
-void SOAPProxy::Impl::Interpret(const std::string& where) {
+void SOAPProxy::Impl::Interpret(const std::string& where, SOAPParser::Clock::time_point started) {
   const char* contentType = answer.contentType.empty() ? "none" : answer.contentType.c_str();
   if (answer.body.empty()) {
     // "Accepted" and "No Content" are how a server answers a call that has no answer.
@@ -105,13 +109,21 @@ void SOAPProxy::Impl::Interpret(const std::string& where) {
     throw SOAPException("The server at %s answered HTTP %ld with no SOAP message (empty body)",
                         where.c_str(), answer.status);
   }
+  SOAPParser::Limits limits;
+  if (timeoutSeconds > 0) limits.deadline = started + std::chrono::seconds(timeoutSeconds);
   try {
     SOAPParser::ParseResponse(answer.body.data(), answer.body.size(),
-                              answer.charset.empty() ? nullptr : answer.charset.c_str(), response);
+                              answer.charset.empty() ? nullptr : answer.charset.c_str(), response,
+                              limits);
   } catch (const SOAPFaultException&) {
     throw;  // a fault is the server's answer, whatever the HTTP status
   } catch (const SOAPMemoryException&) {
     throw;
+  } catch (const SOAPSocketException& e) {
+    // The time-out ran out while the answer was read: the same failure as during the transfer.
+    response.Reset();
+    throw SOAPSocketException("Timed out waiting for %s within the time-out of %ld seconds: %s",
+                              where.c_str(), timeoutSeconds, e.What());
   } catch (const SOAPException& e) {
     response.Reset();
     if (IsSuccess(answer.status)) {

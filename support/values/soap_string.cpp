@@ -10,9 +10,10 @@ SOAPString::SOAPString(const char* text) { Assign(text); }
 SOAPString::SOAPString(const SOAPString& other) { Assign(other.buffer_); }
 
 SOAPString::SOAPString(SOAPString&& other) noexcept
-    : buffer_(other.buffer_), capacity_(other.capacity_) {
+    : buffer_(other.buffer_), capacity_(other.capacity_), referred_(other.referred_) {
   other.buffer_ = nullptr;
   other.capacity_ = kInitialCapacity;
+  other.referred_ = false;
 }
 
 SOAPString& SOAPString::operator=(const SOAPString& other) {
@@ -22,11 +23,13 @@ SOAPString& SOAPString::operator=(const SOAPString& other) {
 
 SOAPString& SOAPString::operator=(SOAPString&& other) noexcept {
   if (this != &other) {
-    easysoap_free(buffer_);
+    Clear();
     buffer_ = other.buffer_;
     capacity_ = other.capacity_;
+    referred_ = other.referred_;
     other.buffer_ = nullptr;
     other.capacity_ = kInitialCapacity;
+    other.referred_ = false;
   }
   return *this;
 }
@@ -36,10 +39,13 @@ SOAPString& SOAPString::operator=(const char* text) {
   return *this;
 }
 
-SOAPString::~SOAPString() { easysoap_free(buffer_); }
+SOAPString::~SOAPString() {
+  if (!referred_) easysoap_free(buffer_);
+}
 
 void SOAPString::Assign(const char* text) {
-  if (text == buffer_ && text != nullptr) return;  // assigning our own text
+  if (text == buffer_ && text != nullptr && !referred_) return;  // assigning our own text
+  Unrefer();
   if (text == nullptr) {
     Clear();
     return;
@@ -54,6 +60,15 @@ void SOAPString::Assign(const char* text) {
 }
 
 void SOAPString::Reserve(uint32_t bytes) {
+  if (referred_) {
+    // Take the text over into a buffer of our own, large enough for both.
+    const char* text = buffer_;
+    uint32_t length = SOAPText::Length(text);
+    Unrefer();
+    Reserve(bytes > length + 1 ? bytes : length + 1);
+    if (buffer_ != nullptr) SOAPText::Copy(buffer_, text);
+    return;
+  }
   if (buffer_ != nullptr && capacity_ >= bytes) return;
   uint32_t wanted = capacity_;
   while (wanted < bytes) {
@@ -96,8 +111,21 @@ SOAPString& SOAPString::Append(const char* text, uint32_t n) {
 }
 
 void SOAPString::Clear() {
-  easysoap_free(buffer_);
+  if (!referred_) easysoap_free(buffer_);
   buffer_ = nullptr;
+  referred_ = false;
+}
+
+void SOAPString::Refer(const char* text) {
+  Clear();
+  buffer_ = const_cast<char*>(text);  // never written through: every change copies first
+  referred_ = text != nullptr;
+}
+
+void SOAPString::Unrefer() {
+  if (!referred_) return;
+  buffer_ = nullptr;
+  referred_ = false;
 }
 
 uint32_t SOAPString::Length() const { return SOAPText::Length(buffer_); }

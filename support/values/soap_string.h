@@ -2,7 +2,9 @@
 //
 // No buffer is a state of its own ("no text"), distinct from an empty text. The capacity starts at
 // 32, doubles as needed and never shrinks, not even when the text is cleared; the buffer, when
-// present, is exactly capacity bytes from easysoap_malloc. The string owns its buffer.
+// present, is exactly capacity bytes from easysoap_malloc. The string owns its buffer, except
+// after Refer: then it shows text kept elsewhere (the parser keeps a message's texts together)
+// and the first change copies or drops that text, never writing into it or freeing it.
 // An allocation failure is not reported: the string is left without a buffer.
 #pragma once
 
@@ -33,6 +35,9 @@ class EASYSOAP_API SOAPString {
   SOAPString& Append(const char* text, uint32_t n);
   // Frees the buffer; the capacity stays.
   void Clear();
+  // Shows text that someone else keeps, which must outlive the string or its next change; a null
+  // text is no text. The capacity stays that of the string's next buffer of its own.
+  void Refer(const char* text);
 
   // The text, or null when there is none.
   const char* Str() const { return buffer_; }
@@ -43,8 +48,12 @@ class EASYSOAP_API SOAPString {
   uint32_t Capacity() const { return capacity_; }
 
  private:
+  // Lets go of a referred text without freeing it.
+  void Unrefer();
+
   char* buffer_ = nullptr;
   uint32_t capacity_ = kInitialCapacity;
+  bool referred_ = false;  // buffer_ is someone else's text
 };
 
 // Byte-for-byte equality; a missing text equals an empty one.

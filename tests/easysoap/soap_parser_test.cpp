@@ -1,11 +1,13 @@
 // The element tree (children by local name, deep copies, assignment, clearing, the value in
-// force of a multi-reference element) and parsing answers into it: namespaces and attributes,
-// nil, multi-reference values, encodings, faults, and the limits a hostile server can't push past.
+// force of a multi-reference element, changes to parsed elements) and parsing answers into it:
+// namespaces and attributes, nil, multi-reference values, encodings, faults, the limits a
+// hostile server can't push past, and the deadline.
 #include "easysoap/soap_parser.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -232,6 +234,91 @@ TEST(SoapParserTest, ReadsFaultsAndRefusesWhatItCantUse) {
   EXPECT_TRUE(startOfATag) << rest;
   EXPECT_TRUE(rest.find('\\') == std::string::npos || rest.find("tssp_") != std::string::npos)
       << rest;
+}
+
+// count copies of unit, each "{i}" in it replaced by the copy's number.
+std::string Repeated(const std::string& unit, int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) {
+    std::string copy = unit;
+    for (size_t mark = copy.find("{i}"); mark != std::string::npos; mark = copy.find("{i}"))
+      copy.replace(mark, 3, std::to_string(i));
+    text += copy;
+  }
+  return text;
+}
+
+// Shapes of answers that cost far more memory or time than their size, each stopped by a limit
+// before it can, beside the largest that pass.
+TEST(SoapParserTest, StopsAnswersThatWouldCostMoreThanTheirShare) {
+  std::string letters;
+  for (char c = 'a'; c <= 'z'; ++c) letters += std::string(" ") + c + "='' " + char(c - 32) + "=''";
+  const std::string huge(1100 * 1024, 'v');
+  struct Case {
+    const char* shape;
+    std::string body;
+    std::string messagePart;  // empty for an answer accepted
+    SOAPParser::Limits limits = {};
+  };
+  SOAPParser::Limits past;
+  past.deadline = SOAPParser::Clock::now() - std::chrono::seconds(1);
+  const Case cases[] = {
+      {"elements with 52 attributes each", Repeated("<a" + letters + "/>", 2500),
+       "needs more memory than the limit of"},
+      {"empty elements", "<ns:r>" + Repeated("<a/>", 100000) + "</ns:r>",
+       "needs more memory than the limit of"},
+      {"an element with too many attributes", "<ns:r" + Repeated(" a{i}=''", 1025) + "/>",
+       "more than the limit of 1024 attributes"},
+      {"an element with as many as allowed", "<ns:r" + Repeated(" a{i}=''", 1024) + "/>", ""},
+      {"an element with too many declarations",
+       "<ns:r" + Repeated(" xmlns:p{i}='urn:x'", 1025) + "/>",
+       "more than the limit of 1024 namespaces on an element"},
+      {"declarations spread over elements",
+       "<ns:r>" + Repeated("<p{i}:a xmlns:p{i}='urn:x'/>", 3000) + "</ns:r>", ""},
+      {"a tag longer than 1 MiB", "<ns:r v='" + huge + "'/>",
+       "tag longer than the limit of 1048576 bytes at byte 318"},
+      {"the same length in a comment, CDATA and text",
+       "<ns:r><!--" + huge + "--><![CDATA[<'" + huge + "]]>" + huge + "</ns:r>", ""},
+      {"quoted '>' inside a tag", "<ns:r v='>" + std::string(2000, '>') + "'/>", ""},
+      {"a deadline that has passed", "<ns:r/>", "reading the answer took longer than the time-out",
+       past},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.shape);
+    Outcome outcome = ParseOutcome(SoapEnvelope(c.body), c.limits);
+    EXPECT_EQ(outcome.thrown, c.messagePart.empty()                ? ""
+                              : c.limits.deadline != past.deadline ? "SOAPException"
+                                                                   : "SOAPSocketException");
+    EXPECT_THAT(outcome.text, HasSubstr(c.messagePart));
+  }
+}
+
+// Parsed elements keep their texts in the response's storage; changing one copies what changes,
+// and the response ends cleanly with changed and added parts (ASan checks the leaks).
+TEST(SoapParameterTest, ChangesParsedElementsLikeBuiltOnes) {
+  SOAPResponse response;
+  SOAPParameter& method = const_cast<SOAPParameter&>(Parse(
+      SoapEnvelope("<ns:r a='1' xsi:type='xsd:int'><t>text</t><u>other</u></ns:r>"), response));
+  SOAPParameter& t = const_cast<SOAPParameter&>(method.GetParameter("t"));
+  t.GetStringRef().Append(" and more", 9);
+  method.AddAttribute(SOAPQName("b", nullptr)).SetName("2");
+  method.AddAttribute(SOAPQName("a", nullptr)).SetName("changed");
+  method.SetName("renamed", "urn:n");
+  method.AddParameter("added").SetString("new");
+  const_cast<SOAPParameter&>(method.GetParameter("u")).SetString(nullptr);
+  SOAPParameter copy(method);
+
+  for (const SOAPParameter* element : {&method, &copy}) {
+    EXPECT_EQ(NameOf(*element), "renamed|urn:n");
+    EXPECT_THAT(Children(*element), ElementsAre("t||text and more", "u||(null)", "added||new"));
+    EXPECT_EQ(Attribute(*element, "a", nullptr), "changed|");
+    EXPECT_EQ(Attribute(*element, "b", nullptr), "2|");
+    EXPECT_EQ(Attribute(*element, "type", kXsiNamespace), std::string("xsd:int|") + kXsdNamespace);
+    EXPECT_EQ(element->GetAttributes().Count(), 3u);
+  }
+  response.Reset();
+  EXPECT_STREQ(copy.GetParameter("t").GetString().CStr(), "text and more") << "copies own theirs";
+  EXPECT_TRUE(response.GetMethod().GetParams().IsEmpty());
 }
 
 // root (urn:r, one attribute): a "1", b {inner "deep"}, a "second a".

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "easysoap/soap_parameter.h"
 #include "support/values/easysoap_api.h"
@@ -33,8 +34,13 @@ class EASYSOAP_API SOAPMethod : public SOAPParameter {
   SOAPQName soapElementName_;
 };
 
+namespace easysoap_internal {
+class MessageStore;
+}
+
 // SOAPResponse: a parsed response message. It owns the whole Body, so that multi-reference values
 // stay valid, and hands out the response's method element: the first element child of the Body.
+// The Body's elements, names and texts live in the response's own storage.
 class EASYSOAP_API SOAPResponse {
  public:
   SOAPResponse();
@@ -49,8 +55,11 @@ class EASYSOAP_API SOAPResponse {
   const SOAPParameter& GetBody() const { return body_; }
   // Drops everything from an earlier response.
   void Reset();
+  // The storage of the parsed Body, for the parser.
+  easysoap_internal::MessageStore& Store();
 
  private:
+  std::unique_ptr<easysoap_internal::MessageStore> store_;  // outlives the tree it holds
   SOAPParameter body_;
   SOAPParameter empty_;
 };

@@ -6,6 +6,11 @@
 // multi-reference element (href="#id") points it at the referenced element's data instead, which
 // lives as long as the message that holds both. A parameter owns its own children; copies are
 // deep and always carry their data as their own.
+//
+// A parsed element keeps its names, texts and attribute entries in the response's storage (its
+// strings refer to it, see SOAPString::Refer); every change through this interface copies what
+// it changes first, so parsed and built elements behave alike. Change attributes only through
+// AddAttribute.
 #pragma once
 
 #include "support/values/easysoap_api.h"
@@ -27,6 +32,10 @@ class EASYSOAP_API SOAPParameter {
                             // QName-valued attribute the namespace of the QName in `namespace`
     bool isNull = false;    // marked nil (xsi:nil="true")
     bool isStruct = false;  // the children are written as elements
+    // Set by the parser: the element whose own data this is, and the attribute entries, live in
+    // the response's storage and go with it, not one by one.
+    bool storedElement = false;
+    bool storedAttributes = false;
   };
 
   SOAPParameter();
@@ -35,6 +44,8 @@ class EASYSOAP_API SOAPParameter {
   virtual ~SOAPParameter();
 
   void SetName(const char* name, const char* ns = nullptr);
+  // The same with texts that the response keeps, for the parser.
+  void ReferName(const char* name, const char* ns);
   const SOAPQName& GetName() const { return name_; }
 
   // Appends a child named name (no namespace) and returns it; the child belongs to this element.
@@ -72,6 +83,7 @@ class EASYSOAP_API SOAPParameter {
  private:
   void CopyFrom(const SOAPParameter& other);
   void DeleteOwnChildren();
+  static void ForgetStoredAttributes(Data& data);
 
   SOAPQName name_;
   Data ownValue_;

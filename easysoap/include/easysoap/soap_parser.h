@@ -15,8 +15,9 @@
 //
 // A server can't push the client past these limits, and the error says which one it hit: the
 // size of the document, the depth of elements, the number of elements (also as multi-reference
-// values expand), and no document type declaration at all (SOAP forbids it), so that no entity is
-// ever declared, expanded or loaded from outside.
+// values expand), the memory the tree takes (elements, attributes, texts, namespace declarations
+// and references all count), and no document type declaration at all (SOAP forbids it), so that
+// no entity is ever declared, expanded or loaded from outside. A deadline bounds the time.
 //
 // Failures: a Fault as the first element of the Body throws SOAPFaultException with the packed
 // fault text (<tssp_fcode>, <tssp_fstring>, <tssp_fdetailmessage>, the detail's content as XML
@@ -24,6 +25,7 @@
 // for bad XML, the line and column.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 
@@ -32,11 +34,26 @@
 
 class EASYSOAP_API SOAPParser {
  public:
+  using Clock = std::chrono::steady_clock;
+  // Memory that any answer may take besides its share per byte, so small answers never meet it.
+  static constexpr uint64_t kMemoryAllowance = 1024 * 1024;
+
   struct Limits {
     uint64_t maxBytes = 64ull * 1024 * 1024;  // the document as received, after decompression
     uint32_t maxDepth = 256;                  // elements nested, the envelope being level 1
     uint32_t maxElements = 2000000;           // in the document, and in the Body once
                                               // multi-reference values are expanded
+    // On one element: expat reads a whole start tag before the parser sees it, so these keep a
+    // single tag from costing more than its share.
+    uint32_t maxTagBytes = 1024 * 1024;  // a start or end tag, from "<" to ">"
+    uint32_t maxAttributes = 1024;       // attributes of an element
+    uint32_t maxDeclarations = 1024;     // namespace declarations on an element
+    // Bytes of memory the element tree may take for each byte of the document (plus
+    // kMemoryAllowance); answers as servers write them take 2 to 7.
+    uint32_t memoryPerByte = 14;
+    // When the clock passes it, reading stops with SOAPSocketException, as a time-out of the
+    // transfer does.
+    Clock::time_point deadline = Clock::time_point::max();
   };
 
   // Replaces what response held by the Body of the document in data[0, size). charset is the one
