@@ -40,8 +40,9 @@ std::unique_ptr<SOAPMethod> RequestWithArray(int64_t count) {
   return method;
 }
 
-// An rpc/encoded answer carrying count strings, as a gSOAP server writes it.
-std::string ResponseWithArray(int64_t count) {
+// An rpc/encoded answer carrying count strings (or ints), as a gSOAP server writes it.
+std::string ResponseWithArray(int64_t count, bool ints = false) {
+  const std::string type = ints ? "xsd:int" : "xsd:string";
   std::string text =
       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
       "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\" "
@@ -50,10 +51,12 @@ std::string ResponseWithArray(int64_t count) {
       "xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\" xmlns:ns=\"urn:tssoap-sample\">"
       "<SOAP-ENV:Body SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">"
       "<ns:echoStringArrayResponse><result xsi:type=\"SOAP-ENC:Array\" "
-      "SOAP-ENC:arrayType=\"xsd:string[" +
-      std::to_string(count) + "]\">";
-  for (int64_t i = 0; i < count; ++i)
-    text += "<item xsi:type=\"xsd:string\">" + ItemText(i) + "</item>";
+      "SOAP-ENC:arrayType=\"" +
+      type + "[" + std::to_string(count) + "]\">";
+  for (int64_t i = 0; i < count; ++i) {
+    text += "<item xsi:type=\"" + type + "\">" +
+            (ints ? std::to_string(i % 100000) : ItemText(i)) + "</item>";
+  }
   text += "</result></ns:echoStringArrayResponse></SOAP-ENV:Body></SOAP-ENV:Envelope>";
   return text;
 }
@@ -72,7 +75,7 @@ void BM_ComposeRequest(benchmark::State& state) {
 BENCHMARK(BM_ComposeRequest)->Apply(ArraySizes)->Unit(benchmark::kMillisecond);
 
 void BM_ParseResponse(benchmark::State& state) {
-  const std::string text = ResponseWithArray(state.range(0));
+  const std::string text = ResponseWithArray(state.range(0), state.range(1) != 0);
   for (auto _ : state) {
     SOAPResponse response;
     SOAPParser::ParseResponse(text.data(), text.size(), "utf-8", response);
@@ -81,7 +84,11 @@ void BM_ParseResponse(benchmark::State& state) {
   CountItems(state);
   state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
 }
-BENCHMARK(BM_ParseResponse)->Apply(ArraySizes)->Unit(benchmark::kMillisecond);
+// Strings at the usual sizes (second argument 0), and encoded ints from 1k to 1M items (1).
+BENCHMARK(BM_ParseResponse)
+    ->ArgsProduct({{1000, 10000, 100000}, {0}})
+    ->ArgsProduct({{1000, 10000, 100000, 1000000}, {1}})
+    ->Unit(benchmark::kMillisecond);
 
 // The outgoing driver of an encoded array for xsd:string: the host's item reads, the string row's
 // conversion of each item (code page to UTF-8) and the item elements. The host array is made

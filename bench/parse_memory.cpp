@@ -8,7 +8,7 @@
 //   ints N         an rpc/encoded array of N ints, as gSOAP writes it
 //   strings N      the same with N 28-byte strings
 //   elements M     M MiB of empty elements
-//   attributes M   M MiB of elements with 52 one-letter attributes each
+//   attributes M   M MiB of elements with 52 one-letter attributes each and a number
 //   wide M         one element with as many attributes as fit in M MiB
 //   namespaces M   one element with as many namespace declarations as fit in M MiB
 //   nested-ns M    M MiB of elements, each declaring a namespace of its own
@@ -70,11 +70,14 @@ std::string Build(const char* shape, long size) {
     return Filled(size, "", "", [](std::string& text, long) { text += "<a/>"; });
   }
   if (std::strcmp(shape, "attributes") == 0) {
-    std::string element = "<a";
+    std::string letters;
     for (char c : std::string("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"))
-      element += std::string(" ") + c + "=\"\"";
-    element += "/>";
-    return Filled(size, "", "", [&](std::string& text, long) { text += element; });
+      letters += std::string(" ") + c + "=\"\"";
+    letters += "/>";
+    // The number makes each element's attributes differ from its neighbour's.
+    return Filled(size, "", "", [&](std::string& text, long i) {
+      text.append("<a n=\"").append(std::to_string(i)).append("\"").append(letters);
+    });
   }
   if (std::strcmp(shape, "wide") == 0) {
     return Filled(size, "<w", "/>",

@@ -39,9 +39,10 @@ constexpr size_t kDetailCaptureLimit = 8192;
 constexpr const char* kSoap12Envelope = "http://www.w3.org/2003/05/soap-envelope";
 
 // The deadline is looked at after this much work (elements, attributes and namespace
-// declarations) and between the pieces the document is fed in.
+// declarations) and between the pieces the document is fed in. Expat copies what it is given
+// into a buffer of its own, so pieces also keep that copy small.
 constexpr uint64_t kWorkBetweenClockReads = 4096;
-constexpr size_t kPiece = size_t{4} << 20;
+constexpr size_t kPiece = size_t{256} << 10;
 
 // Memory the parser holds besides the response's storage, counted against the memory limit: an
 // element's slot in its parent's list of children (up to twice the pointer, as lists double) and
@@ -108,37 +109,46 @@ const char* EncodingOverride(const char* data, size_t size, const char* charset)
   return charset;
 }
 
+// The length of the tag at document[at], up to its ">" outside quoted values.
+size_t TagLength(std::string_view document, size_t at) {
+  char quote = '\0';
+  for (size_t end = at + 1; end < document.size(); ++end) {
+    char c = document[end];
+    if (quote != '\0') {
+      if (c == quote) quote = '\0';
+    } else if (c == '"' || c == '\'') {
+      quote = c;
+    } else if (c == '>') {
+      return end + 1 - at;
+    }
+  }
+  return document.size() - at;
+}
+
 // Where the first start or end tag longer than limit bytes begins, or npos. Expat reads a whole
 // tag before it reports it, so one huge tag would cost its memory and time before any handler
-// could object. Only for documents in an encoding that writes markup in ASCII bytes; comments,
-// CDATA sections and processing instructions are skipped whole, quoted values inside tags.
+// could object. Only for documents in an encoding that writes markup in ASCII bytes. A tag holds
+// no "<" (not even in a quoted value), so only a tag followed by more than limit bytes without
+// one needs a closer look; comments, CDATA sections and processing instructions are skipped.
 size_t FindOverlongTag(std::string_view document, size_t limit) {
   constexpr size_t npos = std::string_view::npos;
-  for (size_t at = document.find('<'); at != npos; at = document.find('<', at + 1)) {
+  for (size_t at = document.find('<'); at != npos;) {
     std::string_view rest = document.substr(at);
     const char* close = rest.starts_with("<!--")        ? "-->"
                         : rest.starts_with("<![CDATA[") ? "]]>"
                         : rest.starts_with("<?")        ? "?>"
                                                         : nullptr;
     if (close != nullptr) {
-      at = document.find(close, at + 2);
-      if (at == npos) return npos;  // expat tells what is wrong with the rest
+      size_t end = document.find(close, at + 2);
+      if (end == npos) return npos;  // expat tells what is wrong with the rest
+      at = document.find('<', end);
       continue;
     }
-    char quote = '\0';
-    size_t end = at + 1;
-    for (; end < document.size(); ++end) {
-      char c = document[end];
-      if (quote != '\0') {
-        if (c == quote) quote = '\0';
-      } else if (c == '"' || c == '\'') {
-        quote = c;
-      } else if (c == '>') {
-        break;
-      }
-      if (end - at > limit) return at;
+    size_t next = document.find('<', at + 1);
+    if ((next == npos ? document.size() : next) - at > limit && TagLength(document, at) > limit) {
+      return at;
     }
-    at = end;
+    at = next;
   }
   return npos;
 }
@@ -387,16 +397,49 @@ class ResponseReader {
     return text.empty() ? nullptr : store_->Intern(text).text;
   }
 
-  // The entries are chained into a table of their own size, as the map would find them.
+  // The entries are chained into a table of their own size, as the map would find them. Parsed
+  // entries never change (AddAttribute takes them over first), so an element whose attributes
+  // are those of the element before (the items of an array) shares that element's table.
   void AddAttributes(SOAPParameter& element, const XML_Char** attributes, uint32_t count) {
-    using Entry = SOAPParameter::Attributes::Entry;
-    uint32_t buckets = 1;
-    while (buckets < count) buckets *= 2;
-    auto** table = static_cast<Entry**>(store_->Allocate(sizeof(Entry*) * size_t{buckets}));
-    std::fill(table, table + buckets, nullptr);
+    if (!SameAsLast(attributes, count)) StoreAttributes(attributes, count);
     SOAPParameter::Data& data = element.GetValue();
-    data.attributes.Adopt(table, buckets, count);
+    data.attributes.Adopt(lastTable_, lastBuckets_, count);
     data.storedAttributes = true;
+    for (const StoredAttribute& attribute : lastAttributes_) {
+      std::string_view local = View(attribute.local);
+      if (local == "nil" && IsSchemaInstance(View(attribute.uri)) &&
+          (std::strcmp(attribute.text, "true") == 0 || std::strcmp(attribute.text, "1") == 0)) {
+        element.SetNull(true);
+      }
+      if (attribute.uri == nullptr) {
+        if (local == "id") references_.AddId(attribute.text, &element);
+        if (local == "href" && attribute.text[0] == '#') {
+          references_.AddReference(&element, attribute.text + 1);
+        }
+      }
+    }
+  }
+
+  bool SameAsLast(const XML_Char** attributes, uint32_t count) const {
+    if (count != lastAttributes_.size()) return false;
+    for (uint32_t i = 0; i < count; ++i) {
+      SplitName name = Split(attributes[2 * i]);
+      const StoredAttribute& last = lastAttributes_[i];
+      if (name.local != View(last.local) || name.uri != View(last.uri) ||
+          std::strcmp(attributes[2 * i + 1], last.text) != 0) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  void StoreAttributes(const XML_Char** attributes, uint32_t count) {
+    using Entry = SOAPParameter::Attributes::Entry;
+    lastAttributes_.clear();
+    lastBuckets_ = 1;
+    while (lastBuckets_ < count) lastBuckets_ *= 2;
+    lastTable_ = static_cast<Entry**>(store_->Allocate(sizeof(Entry*) * size_t{lastBuckets_}));
+    std::fill(lastTable_, lastTable_ + lastBuckets_, nullptr);
     for (const XML_Char** attribute = attributes; *attribute != nullptr; attribute += 2) {
       SplitName name = Split(attribute[0]);
       const char* value = attribute[1];
@@ -414,18 +457,10 @@ class ResponseReader {
         const MessageStore::Interned* valueUri = PrefixNamespace(value);
         if (valueUri != nullptr) entry.value.GetNamespace().Refer(valueUri->text);
       }
-      Entry*& chain = table[entry.hash % buckets];
+      Entry*& chain = lastTable_[entry.hash % lastBuckets_];
       entry.next = chain;
       chain = &entry;
-
-      if (name.local == "nil" && IsSchemaInstance(name.uri) &&
-          (std::strcmp(value, "true") == 0 || std::strcmp(value, "1") == 0)) {
-        element.SetNull(true);
-      }
-      if (name.uri.empty()) {
-        if (name.local == "id") references_.AddId(text, &element);
-        if (name.local == "href" && text[0] == '#') references_.AddReference(&element, text + 1);
-      }
+      lastAttributes_.push_back({&local, uri, text});
     }
   }
 
@@ -451,6 +486,7 @@ class ResponseReader {
                           limits_.maxDeclarations);
     }
     Work(1);
+    lastAttributes_.clear();  // a qualified-name value may mean another namespace now
     MessageStore::Interned& declared = store_->Intern(prefix);
     bindings_.push_back({&declared, &store_->Intern(uri), declared.binding});
     declared.binding = static_cast<uint32_t>(bindings_.size());
@@ -459,6 +495,7 @@ class ResponseReader {
   // Expat ends an element's declarations in the reverse order of their start.
   void Undeclare(const char* prefix) {
     if (bindings_.empty() || std::strcmp(bindings_.back().prefix->text, prefix) != 0) return;
+    lastAttributes_.clear();
     bindings_.back().prefix->binding = bindings_.back().previous;
     bindings_.pop_back();
   }
@@ -621,6 +658,16 @@ class ResponseReader {
     uint32_t previous;  // the declaration of the prefix that this one hides, or 0
   };
   std::vector<Binding> bindings_;
+
+  // The attributes stored last, in document order, and their table.
+  struct StoredAttribute {
+    const MessageStore::Interned* local;
+    const MessageStore::Interned* uri;  // null for none
+    const char* text;
+  };
+  std::vector<StoredAttribute> lastAttributes_;
+  SOAPParameter::Attributes::Entry** lastTable_ = nullptr;
+  uint32_t lastBuckets_ = 0;
 
   uint64_t work_ = 0;
   uint64_t nextClockRead_ = kWorkBetweenClockReads;

@@ -109,9 +109,10 @@ class SOAPHashMap {
   uint32_t Count() const { return count_; }
 
   // For a reader that keeps entries in storage of its own (the parser keeps a message's entries
-  // together): the map shows the bucket table and its chains without owning either. Forget lets
-  // go of them again, destroying the entries but freeing nothing; an adopted map must be forgotten
-  // before anything else changes or ends it.
+  // together, and maps with equal entries share them): the map shows the bucket table and its
+  // chains without owning either, and such entries are never changed. Forget lets go of them
+  // again without destroying or freeing anything; an adopted map must be forgotten before
+  // anything else changes or ends it.
   void Adopt(Entry** buckets, uint32_t bucketCount, uint32_t count) {
     Clear();
     buckets_ = buckets;
@@ -119,13 +120,6 @@ class SOAPHashMap {
     count_ = count;
   }
   void Forget() {
-    for (uint32_t b = 0; b < bucketCount_; ++b) {
-      for (Entry* entry = buckets_[b]; entry != nullptr;) {
-        Entry* next = entry->next;
-        entry->~Entry();
-        entry = next;
-      }
-    }
     buckets_ = nullptr;
     bucketCount_ = 0;
     count_ = 0;
