@@ -76,7 +76,7 @@ std::string Build(const char* shape, long size) {
     letters += "/>";
     // The number makes each element's attributes differ from its neighbour's.
     return Filled(size, "", "", [&](std::string& text, long i) {
-      text.append("<a n=\"").append(std::to_string(i)).append("\"").append(letters);
+      text.append("<a z0=\"").append(std::to_string(i)).append("\"").append(letters);
     });
   }
   if (std::strcmp(shape, "wide") == 0) {
