@@ -12,6 +12,7 @@
 #include "easysoap/soap_method.h"
 #include "easysoap/soap_parser.h"
 #include "easysoap/xml_composer.h"
+#include "encoded_answer.h"
 #include "host/host_value_record.h"
 #include "support/soap_vocabulary.h"
 #include "testhost/testhost.h"
@@ -20,12 +21,6 @@
 namespace {
 
 constexpr const char* kServiceNamespace = "urn:tssoap-sample";
-
-std::string ItemText(int64_t i) {
-  char text[64];
-  std::snprintf(text, sizeof text, "string value number %08lld", static_cast<long long>(i));
-  return text;
-}
 
 // A request as the call builds it: the method element with one encoded array of count strings.
 std::unique_ptr<SOAPMethod> RequestWithArray(int64_t count) {
@@ -38,27 +33,6 @@ std::unique_ptr<SOAPMethod> RequestWithArray(int64_t count) {
   values.SetIsStruct();
   for (int64_t i = 0; i < count; ++i) values.AddParameter("item").SetString(ItemText(i).c_str());
   return method;
-}
-
-// An rpc/encoded answer carrying count strings (or ints), as a gSOAP server writes it.
-std::string ResponseWithArray(int64_t count, bool ints = false) {
-  const std::string type = ints ? "xsd:int" : "xsd:string";
-  std::string text =
-      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-      "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\" "
-      "xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\" "
-      "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-      "xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\" xmlns:ns=\"urn:tssoap-sample\">"
-      "<SOAP-ENV:Body SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">"
-      "<ns:echoStringArrayResponse><result xsi:type=\"SOAP-ENC:Array\" "
-      "SOAP-ENC:arrayType=\"" +
-      type + "[" + std::to_string(count) + "]\">";
-  for (int64_t i = 0; i < count; ++i) {
-    text += "<item xsi:type=\"" + type + "\">" +
-            (ints ? std::to_string(i % 100000) : ItemText(i)) + "</item>";
-  }
-  text += "</result></ns:echoStringArrayResponse></SOAP-ENV:Body></SOAP-ENV:Envelope>";
-  return text;
 }
 
 void BM_ComposeRequest(benchmark::State& state) {
@@ -75,7 +49,7 @@ void BM_ComposeRequest(benchmark::State& state) {
 BENCHMARK(BM_ComposeRequest)->Apply(ArraySizes)->Unit(benchmark::kMillisecond);
 
 void BM_ParseResponse(benchmark::State& state) {
-  const std::string text = ResponseWithArray(state.range(0), state.range(1) != 0);
+  const std::string text = EncodedArrayAnswer(state.range(0), state.range(1) != 0);
   for (auto _ : state) {
     SOAPResponse response;
     SOAPParser::ParseResponse(text.data(), text.size(), "utf-8", response);

@@ -9,6 +9,7 @@
 //   strings N      the same with N 28-byte strings
 //   elements M     M MiB of empty elements
 //   attributes M   M MiB of elements with 52 one-letter attributes each and a number
+//   names M        M MiB of elements with 8 attributes each, every name a new one
 //   wide M         one element with as many attributes as fit in M MiB
 //   namespaces M   one element with as many namespace declarations as fit in M MiB
 //   nested-ns M    M MiB of elements, each declaring a namespace of its own
@@ -19,38 +20,10 @@
 #include <string>
 
 #include "easysoap/soap_parser.h"
+#include "encoded_answer.h"
 #include "support/values/soap_exception.h"
 
 namespace {
-
-const char* const kHead =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\" "
-    "xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\" "
-    "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-    "xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\" xmlns:ns=\"urn:tssoap-sample\">"
-    "<SOAP-ENV:Body SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">"
-    "<ns:echoResponse>";
-const char* const kTail = "</ns:echoResponse></SOAP-ENV:Body></SOAP-ENV:Envelope>";
-
-std::string Array(long count, bool strings) {
-  std::string text;
-  text.reserve(static_cast<size_t>(count) * (strings ? 64 : 40) + 1024);
-  text = kHead;
-  text += std::string("<result xsi:type=\"SOAP-ENC:Array\" SOAP-ENC:arrayType=\"") +
-          (strings ? "xsd:string[" : "xsd:int[") + std::to_string(count) + "]\">";
-  char item[96];
-  for (long i = 0; i < count; ++i) {
-    if (strings) {
-      std::snprintf(item, sizeof item,
-                    "<item xsi:type=\"xsd:string\">string value number %08ld</item>", i);
-    } else {
-      std::snprintf(item, sizeof item, "<item xsi:type=\"xsd:int\">%ld</item>", i % 100000);
-    }
-    text += item;
-  }
-  return text.append("</result>").append(kTail);
-}
 
 // Repeats what make() appends until the answer has about mebibytes MiB.
 template <typename Make>
@@ -58,14 +31,14 @@ std::string Filled(long mebibytes, const char* open, const char* close, Make mak
   const size_t target = static_cast<size_t>(mebibytes) << 20;
   std::string text;
   text.reserve(target + 256);  // one block: the answer's own size is all the peak holds of it
-  text.append(kHead).append(open);
-  for (long i = 0; text.size() + 64 < target; ++i) make(text, i);
-  return text.append(close).append(kTail);
+  text.append(kAnswerHead).append(open);
+  for (long i = 0; text.size() + 512 < target; ++i) make(text, i);
+  return text.append(close).append(kAnswerTail);
 }
 
 std::string Build(const char* shape, long size) {
-  if (std::strcmp(shape, "ints") == 0) return Array(size, false);
-  if (std::strcmp(shape, "strings") == 0) return Array(size, true);
+  if (std::strcmp(shape, "ints") == 0) return EncodedArrayAnswer(size, true);
+  if (std::strcmp(shape, "strings") == 0) return EncodedArrayAnswer(size, false);
   if (std::strcmp(shape, "elements") == 0) {
     return Filled(size, "", "", [](std::string& text, long) { text += "<a/>"; });
   }
@@ -77,6 +50,13 @@ std::string Build(const char* shape, long size) {
     // The number makes each element's attributes differ from its neighbour's.
     return Filled(size, "", "", [&](std::string& text, long i) {
       text.append("<a z0=\"").append(std::to_string(i)).append("\"").append(letters);
+    });
+  }
+  if (std::strcmp(shape, "names") == 0) {
+    return Filled(size, "", "", [](std::string& text, long i) {
+      text.append("<a");
+      for (int k = 0; k < 8; ++k) text.append(" n").append(std::to_string(8 * i + k)).append("=''");
+      text.append("/>");
     });
   }
   if (std::strcmp(shape, "wide") == 0) {
@@ -103,7 +83,7 @@ std::string Build(const char* shape, long size) {
 int main(int argc, char** argv) {
   if (argc != 3) {
     std::fprintf(stderr,
-                 "usage: %s ints|strings|elements|attributes|wide|namespaces|nested-ns SIZE\n",
+                 "usage: %s ints|strings|elements|attributes|names|wide|namespaces|nested-ns SIZE\n",
                  argv[0]);
     return 2;
   }

@@ -45,6 +45,8 @@ class MessageStore {
 
   // Bytes taken from the system for the message: the blocks and the table of kept texts.
   size_t Footprint() const { return footprint_; }
+  // How many distinct texts are kept.
+  size_t InternedCount() const { return interned_; }
   // Frees everything.
   void Reset();
 
