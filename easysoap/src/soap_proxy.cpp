@@ -110,7 +110,12 @@ void SOAPProxy::Impl::Interpret(const std::string& where, SOAPParser::Clock::tim
                         where.c_str(), answer.status);
   }
   SOAPParser::Limits limits;
-  if (timeoutSeconds > 0) limits.deadline = started + std::chrono::seconds(timeoutSeconds);
+  // A time-out beyond what the clock can count (centuries) is no deadline.
+  auto countable = std::chrono::duration_cast<std::chrono::seconds>(
+      SOAPParser::Clock::time_point::max() - started);
+  if (timeoutSeconds > 0 && timeoutSeconds < countable.count()) {
+    limits.deadline = started + std::chrono::seconds(timeoutSeconds);
+  }
   try {
     SOAPParser::ParseResponse(answer.body.data(), answer.body.size(),
                               answer.charset.empty() ? nullptr : answer.charset.c_str(), response,
