@@ -59,7 +59,7 @@ void* MessageStore::Allocate(size_t bytes) {
 
 const char* MessageStore::Copy(std::string_view text) {
   auto* copy = static_cast<char*>(Allocate(text.size() + 1));
-  std::memcpy(copy, text.data(), text.size());
+  if (!text.empty()) std::memcpy(copy, text.data(), text.size());  // an empty view may have no data
   copy[text.size()] = '\0';
   return copy;
 }
@@ -68,8 +68,9 @@ MessageStore::Interned** MessageStore::Slot(std::string_view text, uint32_t tabl
   size_t mask = table_.size() - 1;
   for (size_t i = tableHash & mask;; i = (i + 1) & mask) {
     Interned* const& slot = table_[i];
-    if (slot == nullptr || (slot->tableHash == tableHash && slot->length == text.size() &&
-                            std::memcmp(slot->text, text.data(), text.size()) == 0)) {
+    if (slot == nullptr ||
+        (slot->tableHash == tableHash && slot->length == text.size() &&
+         (text.empty() || std::memcmp(slot->text, text.data(), text.size()) == 0))) {
       return const_cast<Interned**>(&slot);
     }
   }
