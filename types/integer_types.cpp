@@ -216,7 +216,8 @@ constinit const IntegerRowConversion kNonPositiveIntegerConversion = IntegerRow(
     (IntegerOutTest{
         kInt64Min, 0,
         "Value exceeds the range of XML nonPositiveInteger (0 -- -9223372036854775808)"}));
-// The out message names nonPositiveInteger: that is the text the system has always reported.
+// The out message names nonPositiveInteger, not positiveInteger: scripts that catch the
+// soapexception compare its text, so the message stays word for word as it has always read.
 constinit const IntegerRowConversion kPositiveIntegerConversion = IntegerRow(
     kHostLongLong, 64, true, "1", "9223372036854775807",
     "Can't handle XML 'positiveInteger' which >9223372036854775807 or <=0",

@@ -112,6 +112,25 @@ TEST(RowConversions, ReadWireTexts) {
       {"token", "  a  ", "  a  "},
       {"gMonthDay", "--05-14", "--05-14"},
       {"anyURI", "a%20b%2F%2%2520", "a b%2F%2%2520"},
+      {"gYear", " 2003 ", " 2003 "},
+      {"gYearMonth", "2003-07", "2003-07"},
+      {"QName", " ns:a ", " ns:a "},
+      {"NOTATION", "ns:n", "ns:n"},
+      {"language", " en  US ", " en  US "},
+      {"NMTOKEN", " a\tb ", " a\tb "},
+      {"NMTOKENS", "a  b", "a  b"},
+      {"Name", " x ", " x "},
+      {"NCName", "x\r\n", "x\r\n"},
+      {"ID", " id1", " id1"},
+      {"IDREF", "id1 ", "id1 "},
+      {"IDREFS", "id1  id2", "id1  id2"},
+      {"ENTITY", "\te", "\te"},
+      {"ENTITIES", "e1   e2", "e1   e2"},
+      {"short", "-32768", "-32768"},
+      {"short", "32768", "Value exceeds XML short"},
+      {"unsignedShort", "65535", "65535"},
+      {"unsignedShort", "65536", "Value exceeds XML unsignedShort"},
+      {"unsignedShort", "-1", "Value exceeds XML unsignedShort"},
   };
   // In an environment whose locale is "C" and in one with a decimal comma, which the conversions
   // neither follow nor change.
@@ -167,6 +186,26 @@ TEST(RowConversions, WriteHostValues) {
       {"gDay", text("14"), "---14"},
       {"gDay", text("-"), "-"},
       {"anyURI", text("a b%2F"), "a%20b%2F"},
+      // gYear, gYearMonth, QName and NOTATION go as the host holds them; the token types as a
+      // token does.
+      {"gYear", text(" 2003 "), " 2003 "},
+      {"gYearMonth", text("2003-07"), "2003-07"},
+      {"QName", text(" ns:a\t"), " ns:a\t"},
+      {"NOTATION", text("ns:n "), "ns:n "},
+      {"language", text("  en \t US "), "en US"},
+      {"NMTOKEN", text("\ta\r\n"), "a"},
+      {"NMTOKENS", text("a  b"), "a b"},
+      {"Name", text(" x "), "x"},
+      {"NCName", text("x\ty"), "x y"},
+      {"ID", text(" id1"), "id1"},
+      {"IDREF", text("id1 "), "id1"},
+      {"IDREFS", text("id1  id2"), "id1 id2"},
+      {"ENTITY", text("\te"), "e"},
+      {"ENTITIES", text("e1   e2"), "e1 e2"},
+      // A 16-bit host value always fits a short or an unsignedShort.
+      {"short", Bits(-32768), "-32768"},
+      {"short", Bits(32767), "32767"},
+      {"unsignedShort", Bits(65535), "65535"},
   };
   for (const auto& [row, value, result] : cases) {
     EXPECT_EQ(Write(host, row, value), result) << row;

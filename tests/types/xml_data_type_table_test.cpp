@@ -11,6 +11,76 @@ namespace {
 
 using types_test::TypesHost;
 
+TEST(XmlDataTypeTable, HoldsEveryRowInItsPlace) {
+  // Position, name, namespace group, host kind and item kind of every row: lookups answer with
+  // the position, so a row moved or changed shows here.
+  struct Expected {
+    const char* name;
+    NamespaceGroupId group;
+    HostValueKind hostKind;
+    HostValueKind itemKind;
+  };
+  constexpr NamespaceGroupId xs = kSchemaTypes;
+  const Expected rows[kXmlDataTypeRowCount] = {
+      {"boolean", xs, kHostBoolean, kHostBoolean},
+      {"unsignedByte", xs, kHostUint, kHostUint},
+      {"byte", xs, kHostInt, kHostInt},
+      {"short", xs, kHostInt, kHostInt},
+      {"unsignedShort", xs, kHostUint, kHostUint},
+      {"integer", xs, kHostLongLong, kHostLongLong},
+      {"int", xs, kHostLong, kHostLong},
+      {"unsignedInt", xs, kHostUlong, kHostUlong},
+      {"long", xs, kHostLongLong, kHostLongLong},
+      {"unsignedLong", xs, kHostLongLong, kHostLongLong},
+      {"float", xs, kHostReal, kHostReal},
+      {"double", xs, kHostDouble, kHostDouble},
+      {"decimal", xs, kHostDecimal, kHostDecimal},
+      {"string", xs, kHostString, kHostString},
+      {"date", xs, kHostDate, kHostDate},
+      {"time", xs, kHostTime, kHostTime},
+      {"duration", xs, kHostDouble, kHostDouble},
+      {"timeInstant", xs, kHostUnknown, kHostDateTime},
+      {"dateTime", xs, kHostDateTime, kHostDateTime},
+      {"base64", kSoapEncodingOnly, kHostBlob, kHostBlob},
+      {"base64Binary", xs, kHostBlob, kHostBlob},
+      {"hexBinary", xs, kHostBlob, kHostBlob},
+      {"nonNegativeInteger", xs, kHostLongLong, kHostLongLong},
+      {"negativeInteger", xs, kHostLongLong, kHostLongLong},
+      {"nonPositiveInteger", xs, kHostLongLong, kHostLongLong},
+      {"positiveInteger", xs, kHostLongLong, kHostLongLong},
+      {"gYear", xs, kHostString, kHostString},
+      {"gYearMonth", xs, kHostString, kHostString},
+      {"gMonth", xs, kHostString, kHostString},
+      {"gMonthDay", xs, kHostString, kHostString},
+      {"gDay", xs, kHostString, kHostString},
+      {"anyURI", xs, kHostString, kHostString},
+      {"QName", xs, kHostString, kHostString},
+      {"NOTATION", xs, kHostString, kHostString},
+      {"normalizedString", xs, kHostString, kHostString},
+      {"token", xs, kHostString, kHostString},
+      {"language", xs, kHostString, kHostString},
+      {"NMTOKEN", xs, kHostString, kHostString},
+      {"NMTOKENS", xs, kHostString, kHostString},
+      {"Name", xs, kHostString, kHostString},
+      {"NCName", xs, kHostString, kHostString},
+      {"ID", xs, kHostString, kHostString},
+      {"IDREF", xs, kHostString, kHostString},
+      {"IDREFS", xs, kHostString, kHostString},
+      {"ENTITY", xs, kHostString, kHostString},
+      {"ENTITIES", xs, kHostString, kHostString},
+  };
+  for (int index = 0; index < kXmlDataTypeRowCount; ++index) {
+    const XmlDataTypeRow& row = XmlDataTypeTable[index];
+    const Expected& expected = rows[index];
+    EXPECT_STREQ(row.name, expected.name) << index;
+    EXPECT_EQ(row.namespaceGroup, expected.group) << expected.name;
+    EXPECT_EQ(row.hostKind, expected.hostKind) << expected.name;
+    EXPECT_EQ(row.itemKind, expected.itemKind) << expected.name;
+    EXPECT_NE(row.conversion, nullptr) << expected.name;
+  }
+  EXPECT_STREQ(XmlDataTypeTable[kXmlDataTypeRowCount].name, "") << "the end row";
+}
+
 TEST(FindXmlType, MatchesAGroupsNamespacesExactly) {
   const XmlTypeCode string = MakeXmlTypeCode(13, kHostString);
   const std::tuple<const char*, const char*, XmlTypeCode> cases[] = {
