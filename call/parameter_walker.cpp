@@ -5,13 +5,6 @@
 
 namespace tssoap {
 
-// How one parameter or field travels: its declared type and its array block.
-struct ParameterWalker::ValueForm {
-  std::string typeName;
-  ArrayStyle arrayStyle = kScalar;
-  std::string elementName = "item";  // name of an array's items when the block names none
-};
-
 namespace {
 
 // The ids of an array block's tokens under one scanner: the two scanners number them apart.
@@ -78,10 +71,10 @@ const char* TextOf(const SOAPException& failure) {
 
 }  // namespace
 
-int ParameterWalker::WalkRequest(SOAPMethod& method, HostCallInfo& info,
-                                 const std::string& parameterText) {
+void ParameterWalker::WalkRequest(SOAPMethod& method, HostCallInfo& info,
+                                  const std::string& parameterText) {
   SoapMethodScanner scanner(parameterText);
-  if (scanner.NextToken() != kMethodOpen) return 0;
+  if (scanner.NextToken() != kMethodOpen) return;
   // Positions come from the description: a parameter that isn't sent uses up its argument too.
   int16_t index = 0;
   int16_t token;
@@ -90,7 +83,6 @@ int ParameterWalker::WalkRequest(SOAPMethod& method, HostCallInfo& info,
     ReadHostValue(record, ArgumentAt(info, index++), false);
     token = SendOne(method, scanner, record);
   } while (token == kMethodComma);
-  return 0;
 }
 
 int16_t ParameterWalker::SendOne(SOAPMethod& method, SoapMethodScanner& scanner,
@@ -106,7 +98,7 @@ int16_t ParameterWalker::SendOne(SOAPMethod& method, SoapMethodScanner& scanner,
 
   ValueForm form;
   scanner.NextToken();
-  if (sent) form.typeName = scanner.GetTokenText();
+  if (sent) form.type = DeclaredType(session_, proxy_, scanner.GetTokenText());
   ReadArrayBlockAndName(scanner, kMethodArrayBlock, form.arrayStyle, form.elementName);
   if (sent) {
     const std::string parameterName = scanner.GetTokenText();
@@ -122,18 +114,18 @@ void ParameterWalker::SendValue(SOAPParameter& parent, const std::string& name,
   if (form.arrayStyle != kRepeatedElements) {
     SOAPParameter& child = parent.AddParameter("");
     child.SetName(name.c_str(), ns);
-    DispatchOut(child, form.typeName, record, form.arrayStyle, form.elementName, parent);
+    ConvertToWire(form, child, parent, record, session_, proxy_);
     return;
   }
   // Repeated elements have no element of their own: this one only carries the name, and the
   // driver adds one child to parent for each item.
   SOAPParameter carrier;
   carrier.SetName(name.c_str(), ns);
-  DispatchOut(carrier, form.typeName, record, form.arrayStyle, form.elementName, parent);
+  ConvertToWire(form, carrier, parent, record, session_, proxy_);
 }
 
-int ParameterWalker::WalkResponse(const SOAPParameter& response, HostCallInfo& info,
-                                  const std::string& parameterText) {
+void ParameterWalker::WalkResponse(const SOAPParameter& response, HostCallInfo& info,
+                                   const std::string& parameterText) {
   SoapMethodScanner scanner(parameterText);
   if (scanner.NextToken() == kMethodOpen) {
     int16_t index = 0;
@@ -150,9 +142,9 @@ int ParameterWalker::WalkResponse(const SOAPParameter& response, HostCallInfo& i
 
   // A method without a result ends right behind its ")".
   try {
-    if (scanner.NextToken() != kMethodReturn) return 0;
+    if (scanner.NextToken() != kMethodReturn) return;
   } catch (const SoapScannerException&) {
-    return 0;
+    return;
   }
 
   HostValueRecord record{};
@@ -164,7 +156,6 @@ int ParameterWalker::WalkResponse(const SOAPParameter& response, HostCallInfo& i
     // The text always ends behind the return part's name: this is the normal end.
   }
   if (info.returnValue != nullptr) WriteHostValue(info.returnValue, record);
-  return 0;
 }
 
 int16_t ParameterWalker::ReceiveOne(const SOAPParameter& response, SoapMethodScanner& scanner,
@@ -179,11 +170,11 @@ int16_t ParameterWalker::ReceiveOne(const SOAPParameter& response, SoapMethodSca
       if (token == kMethodOut) read = true;
     }
     scanner.NextToken();
-    if (read) form.typeName = scanner.GetTokenText();
+    if (read) form.type = DeclaredType(session_, proxy_, scanner.GetTokenText());
   } else {
     // No direction block: the return part, whose first token is the type.
     read = true;
-    form.typeName = scanner.GetTokenText();
+    form.type = DeclaredType(session_, proxy_, scanner.GetTokenText());
   }
 
   ReadArrayBlockAndName(scanner, kMethodArrayBlock, form.arrayStyle, form.elementName);
@@ -203,7 +194,7 @@ void ParameterWalker::FindAndReceive(const SOAPParameter& response, const std::s
   try {
     const SOAPParameter& element = response.GetParameter(name.c_str());
     if (!element.IsNull()) {
-      DispatchIn(element, form.typeName, record, form.arrayStyle, form.elementName, response);
+      ConvertFromWire(form, element, response, record, session_, proxy_);
     }
     return;
   } catch (const SOAPException& failure) {
@@ -212,109 +203,76 @@ void ParameterWalker::FindAndReceive(const SOAPParameter& response, const std::s
   // A result may also stand as "return", or under the local name of its type.
   try {
     const SOAPParameter& element = response.GetParameter("return");
-    DispatchIn(element, form.typeName, record, form.arrayStyle, form.elementName, response);
+    ConvertFromWire(form, element, response, record, session_, proxy_);
     return;
   } catch (const SOAPException&) {
   }
   try {
-    const std::string localName = GetLocalPart(form.typeName);
+    const std::string localName = GetLocalPart(form.type.name);
     const SOAPParameter& element = response.GetParameter(localName.c_str());
     if (!element.IsNull()) {
-      DispatchIn(element, form.typeName, record, form.arrayStyle, form.elementName, response);
+      ConvertFromWire(form, element, response, record, session_, proxy_);
     }
   } catch (const SOAPException& failure) {
     throw SOAPException("%s", TextOf(failure));
   }
 }
 
-int ParameterWalker::WalkStructOut(SOAPParameter& parent, HostObject instance,
-                                   const std::string& fieldList) {
+StructFields ParameterWalker::ReadStructFields(const std::string& fieldList) {
+  StructFields list;
   SoapStructScanner scanner(fieldList);
-  if (scanner.NextToken() != kStructOpen) return 0;
-  while (SendField(parent, scanner, instance) == kStructComma) {
-  }
-  return 0;
-}
-
-std::string ParameterWalker::ReadField(SoapStructScanner& scanner, HostObject instance,
-                                       ValueForm& form, HostValueRecord& record) {
-  form.typeName = scanner.GetTokenText();
-  ReadArrayBlockAndName(scanner, kStructArrayBlock, form.arrayStyle, form.elementName);
-  std::string fieldName = scanner.GetTokenText();
-  ReadHostField(session_, record, instance, fieldName);
-  return fieldName;
-}
-
-int16_t ParameterWalker::SendField(SOAPParameter& parent, SoapStructScanner& scanner,
-                                   HostObject instance) {
-  if (scanner.NextToken() == kStructClose) return kStructClose;
-  // Fields have no direction block: every field is sent.
-  ValueForm form;
-  HostValueRecord record{};
-  const std::string fieldName = ReadField(scanner, instance, form, record);
-  SendValue(parent, fieldName, form, record);
-  return scanner.NextToken();
-}
-
-int ParameterWalker::WalkStructIn(const SOAPParameter& element, HostObject instance,
-                                  const std::string& fieldList) {
-  SoapStructScanner scanner(fieldList);
-  if (scanner.NextToken() != kStructOpen) return 0;
-  while (ReceiveField(element, scanner, instance) == kStructComma) {
-  }
-  return 0;
-}
-
-int16_t ParameterWalker::ReceiveField(const SOAPParameter& element, SoapStructScanner& scanner,
-                                      HostObject instance) {
-  if (scanner.NextToken() == kStructClose) return kStructClose;
-  ValueForm form;
-  HostValueRecord record{};
-  const std::string fieldName = ReadField(scanner, instance, form, record);
   try {
-    const SOAPParameter& field = element.GetParameter(fieldName.c_str());
-    if (!field.IsNull()) {
-      DispatchIn(field, form.typeName, record, form.arrayStyle, form.elementName, element);
+    if (scanner.NextToken() != kStructOpen) return list;
+    // Fields have no direction block: every field travels.
+    while (scanner.NextToken() != kStructClose) {
+      StructField& field = list.fields.emplace_back();
+      try {
+        field.form.type = DeclaredType(session_, proxy_, scanner.GetTokenText());
+        ReadArrayBlockAndName(scanner, kStructArrayBlock, field.form.arrayStyle,
+                              field.form.elementName);
+        field.name = scanner.GetTokenText();
+      } catch (const SoapScannerException&) {
+        list.fields.pop_back();  // a field cut short never travels
+        throw;
+      }
+      if (scanner.NextToken() != kStructComma) break;
     }
+  } catch (const SoapScannerException&) {
+    list.cutShort = true;
+  }
+  return list;
+}
+
+void ParameterWalker::WalkStructOut(SOAPParameter& parent, HostObject instance,
+                                    const StructFields& fields) {
+  for (const StructField& field : fields.fields) SendField(parent, field, instance);
+  if (fields.cutShort) throw SoapScannerException();
+}
+
+void ParameterWalker::SendField(SOAPParameter& parent, const StructField& field,
+                                HostObject instance) {
+  HostValueRecord record{};
+  ReadHostField(session_, record, instance, field.name);
+  SendValue(parent, field.name, field.form, record);
+}
+
+void ParameterWalker::WalkStructIn(const SOAPParameter& element, HostObject instance,
+                                   const StructFields& fields) {
+  for (const StructField& field : fields.fields) ReceiveField(element, field, instance);
+  if (fields.cutShort) throw SoapScannerException();
+}
+
+void ParameterWalker::ReceiveField(const SOAPParameter& element, const StructField& field,
+                                   HostObject instance) {
+  HostValueRecord record{};
+  ReadHostField(session_, record, instance, field.name);
+  try {
+    const SOAPParameter& found = element.GetParameter(field.name.c_str());
+    if (!found.IsNull()) ConvertFromWire(field.form, found, element, record, session_, proxy_);
   } catch (const SOAPException&) {
     // A missing field, or one that fails to convert, keeps the value it had.
   }
-  WriteHostField(session_, instance, record, fieldName);
-  return scanner.NextToken();
-}
-
-int ParameterWalker::DispatchOut(SOAPParameter& parameter, const std::string& typeName,
-                                 HostValueRecord& record, ArrayStyle arrayStyle,
-                                 const std::string& elementName, SOAPParameter& parent) {
-  switch (arrayStyle) {
-    case kEncodedArray:
-      return ConvertEncodedArrayOut(parameter, session_, proxy_, typeName, record, elementName);
-    case kWrappedArray:
-      return ConvertWrappedArrayOut(parameter, session_, proxy_, typeName, record, elementName);
-    case kRepeatedElements:
-      return ConvertRepeatedElementsOut(parameter, session_, proxy_, typeName, record, elementName,
-                                        parent);
-    case kScalar:
-      break;
-  }
-  return ConvertScalarOut(parameter, session_, proxy_, typeName, record);
-}
-
-int ParameterWalker::DispatchIn(const SOAPParameter& parameter, const std::string& typeName,
-                                HostValueRecord& record, ArrayStyle arrayStyle,
-                                const std::string& elementName, const SOAPParameter& enclosing) {
-  switch (arrayStyle) {
-    case kEncodedArray:
-      return ConvertEncodedArrayIn(parameter, session_, proxy_, typeName, record, elementName);
-    case kWrappedArray:
-      return ConvertWrappedArrayIn(parameter, session_, proxy_, typeName, record, elementName);
-    case kRepeatedElements:
-      return ConvertRepeatedElementsIn(parameter, session_, proxy_, typeName, record, elementName,
-                                       enclosing);
-    case kScalar:
-      break;
-  }
-  return ConvertScalarIn(parameter, session_, proxy_, typeName, record);
+  WriteHostField(session_, instance, record, field.name);
 }
 
 }  // namespace tssoap

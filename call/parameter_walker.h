@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "call/method_description_scanner.h"
 #include "easysoap/soap_method.h"
@@ -20,20 +21,37 @@
 
 namespace tssoap {
 
+// One field of a structure's description, read once for every instance of the structure.
+struct StructField {
+  std::string name;
+  ValueForm form;
+};
+
+// The fields of a description's field list, in order. When the text runs out of tokens, the list
+// holds the fields read before that point and the walks fail behind them, as reading the text
+// field by field does.
+struct StructFields {
+  std::vector<StructField> fields;
+  bool cutShort = false;
+};
+
 class ParameterWalker {
  public:
   ParameterWalker(HostObject proxy, IHostSession& session) : proxy_(proxy), session_(session) {}
 
   // Adds a child to method for each parameter marked "in". Throws SoapScannerException when the
   // text ends inside a parameter, SOAPException when a value can't be converted.
-  int WalkRequest(SOAPMethod& method, HostCallInfo& info, const std::string& parameterText);
+  void WalkRequest(SOAPMethod& method, HostCallInfo& info, const std::string& parameterText);
   // Writes back each parameter marked "out" and the result, found by name in response.
-  int WalkResponse(const SOAPParameter& response, HostCallInfo& info,
-                   const std::string& parameterText);
-  // Adds a child to parent for each field of the list, read from instance.
-  int WalkStructOut(SOAPParameter& parent, HostObject instance, const std::string& fieldList);
+  void WalkResponse(const SOAPParameter& response, HostCallInfo& info,
+                    const std::string& parameterText);
+  // The fields of a structure's field list ("(xsd:string street, xsd:int zip)"), their types
+  // resolved through the proxy.
+  StructFields ReadStructFields(const std::string& fieldList);
+  // Adds a child to parent for each field, read from instance.
+  void WalkStructOut(SOAPParameter& parent, HostObject instance, const StructFields& fields);
   // Fills the fields of instance from the children of element; missing fields are left alone.
-  int WalkStructIn(const SOAPParameter& element, HostObject instance, const std::string& fieldList);
+  void WalkStructIn(const SOAPParameter& element, HostObject instance, const StructFields& fields);
 
   // One parameter of the request: reads its tokens and, when it is marked "in", adds it to method
   // from record. Returns the id of the token behind the parameter (")" for an empty list).
@@ -43,32 +61,17 @@ class ParameterWalker {
   // writes nothing back. Returns the id of the token behind the parameter.
   int16_t ReceiveOne(const SOAPParameter& response, SoapMethodScanner& scanner,
                      HostValueRecord& record, bool isReturn);
-  // One field of a structure, read from instance and added under parent.
-  int16_t SendField(SOAPParameter& parent, SoapStructScanner& scanner, HostObject instance);
-  // One field of a structure, found in element and written to instance. A missing field, or one
-  // that fails to convert, keeps its value and is not reported.
-  int16_t ReceiveField(const SOAPParameter& element, SoapStructScanner& scanner,
-                       HostObject instance);
-
-  // The choice of driver by the array style. parent: the element that repeated elements are
-  // added to; enclosing: the element in which repeated elements are looked for.
-  int DispatchOut(SOAPParameter& parameter, const std::string& typeName, HostValueRecord& record,
-                  ArrayStyle arrayStyle, const std::string& elementName, SOAPParameter& parent);
-  int DispatchIn(const SOAPParameter& parameter, const std::string& typeName,
-                 HostValueRecord& record, ArrayStyle arrayStyle, const std::string& elementName,
-                 const SOAPParameter& enclosing);
 
  private:
-  struct ValueForm;
-
   void SendValue(SOAPParameter& parent, const std::string& name, const ValueForm& form,
                  HostValueRecord& record);
   void FindAndReceive(const SOAPParameter& response, const std::string& name, const ValueForm& form,
                       HostValueRecord& record, bool isReturn);
-  // The rest of a field behind its first token: its type, array block and name; record is filled
-  // from the field of instance. Returns the name.
-  std::string ReadField(SoapStructScanner& scanner, HostObject instance, ValueForm& form,
-                        HostValueRecord& record);
+  // One field of a structure, read from instance and added under parent.
+  void SendField(SOAPParameter& parent, const StructField& field, HostObject instance);
+  // One field of a structure, found in element and written to instance. A missing field, or one
+  // that fails to convert, keeps its value and is not reported.
+  void ReceiveField(const SOAPParameter& element, const StructField& field, HostObject instance);
 
   HostObject proxy_;
   IHostSession& session_;

@@ -14,13 +14,13 @@ namespace tssoap {
 // group of that name. A type without one can't be mapped (raises the mapping failure).
 HostClass StructClassOf(IHostSession& session, const std::string& typeName);
 
-int ObjectOut(ConversionContext& context);
-int ObjectIn(ConversionContext& context);
-int EncodedObjectsOut(ConversionContext& context);
-int RepeatedObjectsOut(ConversionContext& context);
-int WrappedObjectsOut(ConversionContext& context);
+void ObjectOut(ConversionContext& context);
+void ObjectIn(ConversionContext& context);
+void EncodedObjectsOut(ConversionContext& context);
+void RepeatedObjectsOut(ConversionContext& context);
+void WrappedObjectsOut(ConversionContext& context);
 // Encoded and wrapped arrays of objects are read the same way.
-int ObjectItemsIn(ConversionContext& context);
-int RepeatedObjectsIn(ConversionContext& context);
+void ObjectItemsIn(ConversionContext& context);
+void RepeatedObjectsIn(ConversionContext& context);
 
 }  // namespace tssoap

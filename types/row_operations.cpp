@@ -54,12 +54,12 @@ void SetTypeAttribute(const XmlDataTypeRow& row, SOAPQName& qname) {
   qname.SetNamespace(GetTypeNamespace());
 }
 
-int ScalarOut(ConversionContext& context) {
+void ScalarOut(ConversionContext& context) {
   SOAPParameter& parameter = context.parameter;
   // A null value is a nil element and carries no type.
   if (context.record.isNull != 0) {
     parameter.SetNull(true);
-    return 0;
+    return;
   }
   XmlValueText value;
   // A value the type can't hold leaves the parameter untouched.
@@ -67,23 +67,21 @@ int ScalarOut(ConversionContext& context) {
   parameter.ClearValue();
   SetTypeAttribute(*context.row, parameter.AddAttribute(Vocabulary().type));
   value.WriteTo(parameter);
-  return 0;
 }
 
-int ScalarIn(ConversionContext& context) {
+void ScalarIn(ConversionContext& context) {
   const SOAPParameter& parameter = context.parameter;
   if (parameter.IsNull()) {
     context.record.isNull = 1;
-    return 0;
+    return;
   }
   // The declared row alone decides: an xsi:type of the element is not consulted.
   XmlValueText value;
   value.ReadFrom(parameter);
   context.row->conversion->fromXmlText(value, context);
-  return 0;
 }
 
-int EncodedArrayOut(ConversionContext& context) {
+void EncodedArrayOut(ConversionContext& context) {
   XmlValueArray array(context.elementName.c_str(), context.elementNamespace.c_str());
   // Every item is converted before the parameter is touched, so a failure leaves it as it was.
   const OutgoingArrayItems items(context.session, context.record, kBoundedArray);
@@ -100,10 +98,9 @@ int EncodedArrayOut(ConversionContext& context) {
   for (const XmlValueText& item : array.items) {
     item.WriteTo(context.parameter.AddParameter(context.elementName.c_str()));
   }
-  return 0;
 }
 
-int EncodedArrayIn(ConversionContext& context) {
+void EncodedArrayIn(ConversionContext& context) {
   IHostSession& session = context.session;
   XmlValueArray array(context.elementName.c_str(), context.elementNamespace.c_str());
   DecodeSoapArray(context.parameter, array);
@@ -120,12 +117,11 @@ int EncodedArrayIn(ConversionContext& context) {
     context.row->conversion->fromXmlText(value, itemContext);
     WriteItem(context, handle, index, item);
   }
-  return 0;
 }
 
-int RepeatedOut(ConversionContext& context) {
+void RepeatedOut(ConversionContext& context) {
   // A null or empty array produces no element at all.
-  if (!HasArray(context.record)) return 0;
+  if (!HasArray(context.record)) return;
   SOAPParameter& parent = ParentOf(context);
   const OutgoingArrayItems items(context.session, context.record, kBoundedArray);
   // The parameter only carries the name; each item is an element of its own under the parent.
@@ -134,12 +130,11 @@ int RepeatedOut(ConversionContext& context) {
   for (int32_t index = 1; index <= items.Length(); ++index) {
     HostValueRecord item = ReadItem(context, items.Array(), index);
     ConversionContext itemContext = ItemContext(context, AddItemElement(parent, name, ns), item);
-    context.row->operations->scalarOut(itemContext);
+    ScalarOut(itemContext);
   }
-  return 0;
 }
 
-int RepeatedIn(ConversionContext& context) {
+void RepeatedIn(ConversionContext& context) {
   const SOAPParameter& parent = ParentOf(context);
   const HostArray handle = context.record.value.handle;
   const HeldArrayInfo info(context.session, handle);
@@ -149,13 +144,12 @@ int RepeatedIn(ConversionContext& context) {
     HostValueRecord item{};
     // The way in reads the element and never writes through it.
     ConversionContext itemContext = ItemContext(context, const_cast<SOAPParameter&>(child), item);
-    context.row->operations->scalarIn(itemContext);
+    ScalarIn(itemContext);
     WriteItem(context, handle, ++index, item);
   });
-  return 0;
 }
 
-int WrappedOut(ConversionContext& context) {
+void WrappedOut(ConversionContext& context) {
   // The wrapper stays as the walk made it: empty and without attributes.
   const OutgoingArrayItems items(context.session, context.record, kBoundedArray);
   for (int32_t index = 1; index <= items.Length(); ++index) {
@@ -164,14 +158,8 @@ int WrappedOut(ConversionContext& context) {
     SOAPParameter& element = AddItemElement(context.parameter, context.elementName.c_str(),
                                             context.elementNamespace.c_str());
     ConversionContext itemContext = ItemContext(context, element, item);
-    context.row->operations->scalarOut(itemContext);
+    ScalarOut(itemContext);
   }
-  return 0;
 }
-
-constinit const RowOperations kRowOperations{
-    &ScalarOut,   &ScalarIn,   &EncodedArrayOut, &EncodedArrayIn,
-    &RepeatedOut, &RepeatedIn, &WrappedOut,      &EncodedArrayIn,
-};
 
 }  // namespace tssoap

@@ -4,13 +4,14 @@
 #include "composite/struct_objects.h"
 #include "host/type_namespace_buffer.h"
 #include "support/values/soap_exception.h"
+#include "types/row_operations.h"
 #include "types/xml_data_type_table.h"
 
 namespace tssoap {
 
 namespace {
 
-using ObjectPath = int (*)(ConversionContext& context);
+using ObjectPath = void (*)(ConversionContext& context);
 
 // The way in reads its element and never writes through it; the context holds it as the way
 // out does.
@@ -39,48 +40,17 @@ void ChooseItemName(ConversionContext& context, const std::string& elementName,
   context.elementNamespace = ns != nullptr ? ns : "";
 }
 
-// The context of an array driver: its items named after elementName, in a namespace that may be
-// inherited from inheritFrom (the parameter itself, or the parent that repeated elements stand
-// under).
-ConversionContext ArrayContext(const SOAPParameter& parameter, IHostSession& session,
-                               HostObject proxy, const std::string& typeName,
-                               HostValueRecord& record, const std::string& elementName,
-                               const SOAPParameter& inheritFrom) {
-  ConversionContext context = MakeContext(Readable(parameter), session, proxy, typeName, record);
-  ChooseItemName(context, elementName, inheritFrom.GetName().GetNamespace().Str());
-  return context;
-}
-
 // The row that serves the host value: the declared type's, else its base type's. The failure
 // names the declared type, also when it was the base type that failed.
 const XmlDataTypeRow& RowServingRecord(const ConversionContext& context, XmlTypeCode code) {
   const HostValueKind kind = context.record.kind;
-  if (!XmlTypeServesKind(code, kind)) {
+  if (!code.Serves(kind)) {
     const std::string base = GetBaseType(context.session, context.proxy, context.typeName);
     if (base.empty()) ThrowMappingFailure(context.typeName);
     code = LookupXmlType(context.session, context.proxy, base);
-    if (!XmlTypeServesKind(code, kind)) ThrowMappingFailure(context.typeName);
+    if (!code.Serves(kind)) ThrowMappingFailure(context.typeName);
   }
-  return XmlTypeRow(code);
-}
-
-int RunRequest(ConversionContext& context, RowOperation RowOperations::*slot,
-               ObjectPath objectPath) {
-  if (context.record.isObject != 0) return objectPath(context);
-  // The namespace of the declared type goes out with the row's local name, also when the row
-  // is the base type's: a tns:Zip based on xsd:string is written as "string" in tns.
-  SetTypeNamespace(ResolvePrefix(context.session, context.proxy, context.typeName));
-  const XmlTypeCode code = LookupXmlType(context.session, context.proxy, context.typeName);
-  context.row = &RowServingRecord(context, code);
-  return (context.row->operations->*slot)(context);
-}
-
-int RunScalarResponse(ConversionContext& context) {
-  if (context.record.isObject != 0) return ObjectIn(context);
-  // Nothing of the incoming element's type attribute is read: the declared type decides.
-  const XmlTypeCode code = LookupXmlType(context.session, context.proxy, context.typeName);
-  context.row = &RowServingRecord(context, code);
-  return context.row->operations->scalarIn(context);
+  return code.Row();
 }
 
 // A host value of kind any gets an unbounded array made for the declared type: of the row's
@@ -90,8 +60,8 @@ void MakeArrayForAny(ConversionContext& context, XmlTypeCode code) {
   HostValueRecord& record = context.record;
   // The result becomes the array made here, also when the host prepared a null any.
   record.isNull = 0;
-  if (code != kNoXmlType) {
-    record.kind = static_cast<HostValueKind>(XmlTypeKind(code));
+  if (code.Found()) {
+    record.kind = code.kind;
     record.value.handle = session.NewUnboundedSimpleArray(record.kind);
     return;
   }
@@ -119,9 +89,37 @@ void MakeMissingArray(ConversionContext& context) {
   record.value.handle = session.NewUnboundedObjectArray(StructClassOf(session, context.typeName));
 }
 
-int RunArrayResponse(ConversionContext& context, RowOperation RowOperations::*slot,
-                     ObjectPath objectPath) {
-  const XmlTypeCode code = LookupXmlType(context.session, context.proxy, context.typeName);
+// What each layout runs: the row operation, or the object path for a host object.
+struct LayoutOperations {
+  RowOperation row;
+  ObjectPath objects;
+};
+// Indexed by ArrayStyle: scalar, encoded array, repeated elements, wrapped array.
+constexpr LayoutOperations kToWire[] = {{&ScalarOut, &ObjectOut},
+                                        {&EncodedArrayOut, &EncodedObjectsOut},
+                                        {&RepeatedOut, &RepeatedObjectsOut},
+                                        {&WrappedOut, &WrappedObjectsOut}};
+// The wrapper of a wrapped array is read as an encoded array that may carry no array attributes.
+constexpr LayoutOperations kFromWire[] = {{&ScalarIn, &ObjectIn},
+                                          {&EncodedArrayIn, &ObjectItemsIn},
+                                          {&RepeatedIn, &RepeatedObjectsIn},
+                                          {&EncodedArrayIn, &ObjectItemsIn}};
+
+// The context of one value: for an array its items are named after the form's element name, in a
+// namespace that may be inherited from inheritFrom (the parameter itself, or the parent that
+// repeated elements stand under).
+ConversionContext FormContext(const ValueForm& form, SOAPParameter& parameter,
+                              const SOAPParameter& inheritFrom, HostValueRecord& record,
+                              IHostSession& session, HostObject proxy) {
+  ConversionContext context = MakeContext(parameter, session, proxy, form.type.name, record);
+  if (form.arrayStyle != kScalar) {
+    ChooseItemName(context, form.elementName, inheritFrom.GetName().GetNamespace().Str());
+  }
+  return context;
+}
+
+// A value that holds no host array yet gets one made before the row operation fills it.
+void PrepareArray(ConversionContext& context, XmlTypeCode code) {
   if (context.record.kind == kHostAny) {
     MakeArrayForAny(context, code);
   } else if (context.record.value.handle == 0) {
@@ -129,79 +127,120 @@ int RunArrayResponse(ConversionContext& context, RowOperation RowOperations::*sl
     if (context.record.isObject == 0) RowServingRecord(context, code);
     MakeMissingArray(context);
   }
-  if (context.record.isObject != 0) return objectPath(context);
-  context.row = &RowServingRecord(context, code);
-  return (context.row->operations->*slot)(context);
 }
 
 }  // namespace
+
+DeclaredType::DeclaredType(IHostSession& session, HostObject proxy, std::string typeName)
+    : name(std::move(typeName)) {
+  const char* prefixNamespace = ResolvePrefix(session, proxy, name);
+  hasNamespace = prefixNamespace != nullptr;
+  if (hasNamespace) ns = prefixNamespace;
+  // The local part as GetLocalPart cuts it; no namespace matches no row.
+  if (!name.empty()) {
+    const size_t colon = name.find(':');
+    const std::string_view localName = colon == std::string::npos
+                                           ? std::string_view(name)
+                                           : std::string_view(name).substr(colon + 1);
+    code = FindXmlType(localName, prefixNamespace);
+  }
+}
 
 void ThrowMappingFailure(const std::string& typeName) {
   throw SOAPException("Can't map the XML data type: %s", typeName.c_str());
 }
 
-int ConvertScalarOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
+void ConvertToWire(const ValueForm& form, SOAPParameter& parameter, SOAPParameter& parent,
+                   HostValueRecord& record, IHostSession& session, HostObject proxy) {
+  const SOAPParameter& inheritFrom = form.arrayStyle == kRepeatedElements ? parent : parameter;
+  ConversionContext context = FormContext(form, parameter, inheritFrom, record, session, proxy);
+  context.parentParameter = &parent;
+  const LayoutOperations& operations = kToWire[form.arrayStyle];
+  if (record.isObject != 0) return operations.objects(context);
+  // The namespace of the declared type goes out with the row's local name, also when the row
+  // is the base type's: a tns:Zip based on xsd:string is written as "string" in tns.
+  SetTypeNamespace(form.type.hasNamespace ? form.type.ns.c_str() : nullptr);
+  context.row = &RowServingRecord(context, form.type.code);
+  operations.row(context);
+}
+
+void ConvertFromWire(const ValueForm& form, const SOAPParameter& parameter,
+                     const SOAPParameter& enclosing, HostValueRecord& record, IHostSession& session,
+                     HostObject proxy) {
+  const SOAPParameter& inheritFrom = form.arrayStyle == kRepeatedElements ? enclosing : parameter;
+  ConversionContext context =
+      FormContext(form, Readable(parameter), inheritFrom, record, session, proxy);
+  context.parentParameter = &Readable(enclosing);
+  const LayoutOperations& operations = kFromWire[form.arrayStyle];
+  // Nothing of the incoming element's type attribute is read: the declared type decides.
+  if (form.arrayStyle != kScalar) PrepareArray(context, form.type.code);
+  if (record.isObject != 0) return operations.objects(context);
+  context.row = &RowServingRecord(context, form.type.code);
+  operations.row(context);
+}
+
+namespace {
+
+ValueForm FormOf(IHostSession& session, HostObject proxy, const std::string& typeName,
+                 ArrayStyle arrayStyle, const std::string& elementName = "item") {
+  return ValueForm{DeclaredType(session, proxy, typeName), arrayStyle, elementName};
+}
+
+}  // namespace
+
+void ConvertScalarOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
+                      const std::string& typeName, HostValueRecord& record) {
+  ConvertToWire(FormOf(session, proxy, typeName, kScalar), parameter, parameter, record, session,
+                proxy);
+}
+
+void ConvertScalarIn(const SOAPParameter& parameter, IHostSession& session, HostObject proxy,
                      const std::string& typeName, HostValueRecord& record) {
-  ConversionContext context = MakeContext(parameter, session, proxy, typeName, record);
-  return RunRequest(context, &RowOperations::scalarOut, &ObjectOut);
+  ConvertFromWire(FormOf(session, proxy, typeName, kScalar), parameter, parameter, record, session,
+                  proxy);
 }
 
-int ConvertScalarIn(const SOAPParameter& parameter, IHostSession& session, HostObject proxy,
-                    const std::string& typeName, HostValueRecord& record) {
-  ConversionContext context = MakeContext(Readable(parameter), session, proxy, typeName, record);
-  return RunScalarResponse(context);
+void ConvertEncodedArrayOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
+                            const std::string& typeName, HostValueRecord& record,
+                            const std::string& elementName) {
+  ConvertToWire(FormOf(session, proxy, typeName, kEncodedArray, elementName), parameter, parameter,
+                record, session, proxy);
 }
 
-int ConvertEncodedArrayOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
+void ConvertEncodedArrayIn(const SOAPParameter& parameter, IHostSession& session, HostObject proxy,
                            const std::string& typeName, HostValueRecord& record,
                            const std::string& elementName) {
-  ConversionContext context =
-      ArrayContext(parameter, session, proxy, typeName, record, elementName, parameter);
-  return RunRequest(context, &RowOperations::encodedArrayOut, &EncodedObjectsOut);
+  ConvertFromWire(FormOf(session, proxy, typeName, kEncodedArray, elementName), parameter,
+                  parameter, record, session, proxy);
 }
 
-int ConvertEncodedArrayIn(const SOAPParameter& parameter, IHostSession& session, HostObject proxy,
-                          const std::string& typeName, HostValueRecord& record,
-                          const std::string& elementName) {
-  ConversionContext context =
-      ArrayContext(parameter, session, proxy, typeName, record, elementName, parameter);
-  return RunArrayResponse(context, &RowOperations::encodedArrayIn, &ObjectItemsIn);
+void ConvertRepeatedElementsOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
+                                const std::string& typeName, HostValueRecord& record,
+                                const std::string& elementName, SOAPParameter& parentParameter) {
+  ConvertToWire(FormOf(session, proxy, typeName, kRepeatedElements, elementName), parameter,
+                parentParameter, record, session, proxy);
 }
 
-int ConvertRepeatedElementsOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
-                               const std::string& typeName, HostValueRecord& record,
-                               const std::string& elementName, SOAPParameter& parentParameter) {
-  ConversionContext context =
-      ArrayContext(parameter, session, proxy, typeName, record, elementName, parentParameter);
-  context.parentParameter = &parentParameter;
-  return RunRequest(context, &RowOperations::repeatedOut, &RepeatedObjectsOut);
+void ConvertRepeatedElementsIn(const SOAPParameter& parameter, IHostSession& session,
+                               HostObject proxy, const std::string& typeName,
+                               HostValueRecord& record, const std::string& elementName,
+                               const SOAPParameter& enclosingParameter) {
+  ConvertFromWire(FormOf(session, proxy, typeName, kRepeatedElements, elementName), parameter,
+                  enclosingParameter, record, session, proxy);
 }
 
-int ConvertRepeatedElementsIn(const SOAPParameter& parameter, IHostSession& session,
-                              HostObject proxy, const std::string& typeName,
-                              HostValueRecord& record, const std::string& elementName,
-                              const SOAPParameter& enclosingParameter) {
-  ConversionContext context =
-      ArrayContext(parameter, session, proxy, typeName, record, elementName, enclosingParameter);
-  context.parentParameter = &Readable(enclosingParameter);
-  return RunArrayResponse(context, &RowOperations::repeatedIn, &RepeatedObjectsIn);
+void ConvertWrappedArrayOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
+                            const std::string& typeName, HostValueRecord& record,
+                            const std::string& elementName) {
+  ConvertToWire(FormOf(session, proxy, typeName, kWrappedArray, elementName), parameter, parameter,
+                record, session, proxy);
 }
 
-int ConvertWrappedArrayOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
+void ConvertWrappedArrayIn(const SOAPParameter& parameter, IHostSession& session, HostObject proxy,
                            const std::string& typeName, HostValueRecord& record,
                            const std::string& elementName) {
-  ConversionContext context =
-      ArrayContext(parameter, session, proxy, typeName, record, elementName, parameter);
-  return RunRequest(context, &RowOperations::wrappedOut, &WrappedObjectsOut);
-}
-
-int ConvertWrappedArrayIn(const SOAPParameter& parameter, IHostSession& session, HostObject proxy,
-                          const std::string& typeName, HostValueRecord& record,
-                          const std::string& elementName) {
-  ConversionContext context =
-      ArrayContext(parameter, session, proxy, typeName, record, elementName, parameter);
-  // The wrapper is read as an encoded array that may carry no array attributes at all.
-  return RunArrayResponse(context, &RowOperations::encodedArrayIn, &ObjectItemsIn);
+  ConvertFromWire(FormOf(session, proxy, typeName, kWrappedArray, elementName), parameter,
+                  parameter, record, session, proxy);
 }
 
 }  // namespace tssoap

@@ -7,7 +7,6 @@
 #include "types/floating_types.h"
 #include "types/integer_types.h"
 #include "types/partial_types.h"
-#include "types/row_operations.h"
 #include "types/text_types.h"
 
 namespace tssoap {
@@ -16,7 +15,7 @@ namespace {
 
 constexpr XmlDataTypeRow Row(NamespaceGroupId group, const char* name, HostValueKind hostKind,
                              HostValueKind itemKind, const RowConversion& conversion) {
-  return XmlDataTypeRow{group, name, hostKind, itemKind, &kRowOperations, &conversion};
+  return XmlDataTypeRow{group, name, hostKind, itemKind, &conversion};
 }
 
 constexpr XmlDataTypeRow Row(const char* name, HostValueKind kind,
@@ -75,7 +74,7 @@ constinit const XmlDataTypeRow XmlDataTypeTable[kXmlDataTypeRowCount + 1] = {
     Row("IDREFS", kHostString, kTokenTypeConversion),
     Row("ENTITY", kHostString, kTokenTypeConversion),
     Row("ENTITIES", kHostString, kTokenTypeConversion),
-    XmlDataTypeRow{kSchemaTypes, "", kHostUnknown, kHostUnknown, nullptr, nullptr},
+    XmlDataTypeRow{kSchemaTypes, "", kHostUnknown, kHostUnknown, nullptr},
 };
 
 XmlTypeCode FindXmlType(std::string_view localName, const char* ns) {
@@ -85,7 +84,7 @@ XmlTypeCode FindXmlType(std::string_view localName, const char* ns) {
     if (localName != row.name) continue;
     // The first row with the name decides: a wrong namespace doesn't fall through to another row.
     if (!NamespaceGroupContains(row.namespaceGroup, ns)) return kNoXmlType;
-    return MakeXmlTypeCode(index, row.hostKind);
+    return XmlTypeCode{static_cast<int16_t>(index), row.hostKind};
   }
   return kNoXmlType;
 }

@@ -1,8 +1,9 @@
 // The table of XML data types: the one place that binds an XML Schema type name, under the
 // namespaces of its group, to the host kind it serves. Each of the 46 rows is data -- group, name,
-// host kind, array item kind, the row's two value conversions and the eight row operations -- and
-// the table ends with a row whose name is empty. There is no reverse table: a host kind never
-// chooses a row. Everything here is constant and may be read from any thread.
+// host kind, array item kind and the row's two value conversions -- and the table ends with a row
+// whose name is empty. The row operations (types/row_operations.h) serve every row alike. There is
+// no reverse table: a host kind never chooses a row. Everything here is constant and may be read
+// from any thread.
 #pragma once
 
 #include <cstdint>
@@ -40,25 +41,11 @@ struct RowConversion {
   FromXmlTextFn fromXmlText;
 };
 
-// The eight operations of a row, in slot order. All take the context and return 0.
-using RowOperation = int (*)(ConversionContext& context);
-struct RowOperations {
-  RowOperation scalarOut;
-  RowOperation scalarIn;
-  RowOperation encodedArrayOut;
-  RowOperation encodedArrayIn;  // also the wrapper of a wrapped array
-  RowOperation repeatedOut;
-  RowOperation repeatedIn;
-  RowOperation wrappedOut;
-  RowOperation wrappedIn;  // the same operation as encodedArrayIn; no driver calls it
-};
-
 struct XmlDataTypeRow {
   uint32_t namespaceGroup;  // NamespaceGroupId under which the name is recognised
   const char* name;         // local XML type name, compared exactly; empty in the end row
   HostValueKind hostKind;   // the kind the row serves (0 for timeInstant: no host value)
   HostValueKind itemKind;   // the kind whose array item access the array operations use
-  const RowOperations* operations;
   const RowConversion* conversion;
 };
 
@@ -66,27 +53,19 @@ inline constexpr int kXmlDataTypeRowCount = 46;
 // The 46 rows followed by the end row.
 extern const XmlDataTypeRow XmlDataTypeTable[kXmlDataTypeRowCount + 1];
 
-// Result of a lookup: the row index in the high 16 bits and the row's host kind in the low 16
-// bits, or kNoXmlType (all bits set, whose low half 65535 equals no host kind).
-using XmlTypeCode = int32_t;
-inline constexpr XmlTypeCode kNoXmlType = -1;
+// What a lookup answers: the row and the host kind it serves, or no row.
+struct XmlTypeCode {
+  int16_t row = -1;  // index into XmlDataTypeTable; -1 for no row
+  HostValueKind kind = kHostUnknown;
 
-constexpr XmlTypeCode MakeXmlTypeCode(int rowIndex, HostValueKind kind) {
-  return static_cast<XmlTypeCode>((static_cast<uint32_t>(rowIndex) << 16) |
-                                  static_cast<uint16_t>(kind));
-}
-constexpr int XmlTypeRowIndex(XmlTypeCode code) {
-  return static_cast<int>(static_cast<uint32_t>(code) >> 16);
-}
-constexpr uint16_t XmlTypeKind(XmlTypeCode code) { return static_cast<uint16_t>(code & 0xFFFF); }
-// True when code names a row whose kind is the host value's kind: the whole of the type check.
-constexpr bool XmlTypeServesKind(XmlTypeCode code, HostValueKind kind) {
-  return code != kNoXmlType && XmlTypeKind(code) == static_cast<uint16_t>(kind);
-}
-// The row of a code that isn't kNoXmlType.
-inline const XmlDataTypeRow& XmlTypeRow(XmlTypeCode code) {
-  return XmlDataTypeTable[XmlTypeRowIndex(code)];
-}
+  bool Found() const { return row >= 0; }
+  // True when a row is found whose kind is the host value's kind: the whole of the type check.
+  bool Serves(HostValueKind hostKind) const { return Found() && kind == hostKind; }
+  // The row of a code that was found.
+  const XmlDataTypeRow& Row() const { return XmlDataTypeTable[row]; }
+  bool operator==(const XmlTypeCode&) const = default;
+};
+inline constexpr XmlTypeCode kNoXmlType{};
 
 // The row of localName whose group holds ns. The first row with that name decides: a name under a
 // namespace outside its group is kNoXmlType and never falls through to another row. A null or

@@ -82,7 +82,7 @@ TEST(XmlDataTypeTable, HoldsEveryRowInItsPlace) {
 }
 
 TEST(FindXmlType, MatchesAGroupsNamespacesExactly) {
-  const XmlTypeCode string = MakeXmlTypeCode(13, kHostString);
+  const XmlTypeCode string = XmlTypeCode{13, kHostString};
   const std::tuple<const char*, const char*, XmlTypeCode> cases[] = {
       {"string", kXsdNamespace2001, string},
       {"string", kXsdNamespace2001Slash, string},
@@ -94,7 +94,7 @@ TEST(FindXmlType, MatchesAGroupsNamespacesExactly) {
       {"string", "", kNoXmlType},
       {"string", nullptr, kNoXmlType},
       {"base64", kXsdNamespace2001, kNoXmlType},
-      {"timeInstant", kXsdNamespace2001, MakeXmlTypeCode(17, kHostUnknown)}};
+      {"timeInstant", kXsdNamespace2001, XmlTypeCode{17, kHostUnknown}}};
   for (const auto& [name, ns, code] : cases) {
     EXPECT_EQ(FindXmlType(name, ns), code) << name << " " << (ns ? ns : "(none)");
   }
@@ -103,18 +103,19 @@ TEST(FindXmlType, MatchesAGroupsNamespacesExactly) {
 TEST(LookupXmlType, ResolvesThePrefixThroughTheProxy) {
   TypesHost host;
   const std::pair<const char*, XmlTypeCode> cases[] = {
-      {"xsd:int", MakeXmlTypeCode(6, kHostLong)},
-      {"xsd:integer", MakeXmlTypeCode(5, kHostLongLong)},
-      {"xsd1999:dateTime", MakeXmlTypeCode(18, kHostDateTime)},
-      {"SOAP-ENC:base64", MakeXmlTypeCode(19, kHostBlob)},
+      {"xsd:int", XmlTypeCode{6, kHostLong}},
+      {"xsd:integer", XmlTypeCode{5, kHostLongLong}},
+      {"xsd1999:dateTime", XmlTypeCode{18, kHostDateTime}},
+      {"SOAP-ENC:base64", XmlTypeCode{19, kHostBlob}},
       {"xsd:Int", kNoXmlType},
       {"xsd:base64", kNoXmlType},
       {"nosuch:string", kNoXmlType}};
   for (const auto& [name, code] : cases) {
     EXPECT_EQ(LookupXmlType(host.runtime, host.proxy, name), code) << name;
   }
-  // The low half of "no row" is no host kind, not even a kind the host shouldn't give.
-  EXPECT_FALSE(XmlTypeServesKind(kNoXmlType, static_cast<HostValueKind>(-1)));
+  // "No row" serves no host kind, not even a kind the host shouldn't give.
+  EXPECT_FALSE(kNoXmlType.Serves(static_cast<HostValueKind>(-1)));
+  EXPECT_TRUE(XmlTypeCode({17, kHostUnknown}).Serves(kHostUnknown)) << "timeInstant serves kind 0";
 }
 
 }  // namespace
