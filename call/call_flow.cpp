@@ -8,7 +8,7 @@
 #include "call/call_log.h"
 #include "call/method_description_scanner.h"
 #include "call/parameter_walker.h"
-#include "call/proxy_variables.h"
+#include "host/proxy_variables.h"
 #include "call/soap_endpoint.h"
 #include "connection/soap_exception_object.h"
 #include "connection/soap_marshaler.h"

@@ -1,6 +1,6 @@
 #include "call/parameter_walker.h"
 
-#include "call/proxy_variables.h"
+#include "host/proxy_variables.h"
 #include "support/values/soap_exception.h"
 
 namespace tssoap {

@@ -1,6 +1,6 @@
 #include "call/soap_endpoint.h"
 
-#include "call/proxy_variables.h"
+#include "host/proxy_variables.h"
 #include "connection/soap_marshaler.h"
 #include "easysoap/soap_proxy.h"
 #include "support/values/soap_exception.h"

@@ -11,7 +11,7 @@
 #include <optional>
 
 #include "easysoap/soap_parameter.h"
-#include "support/values/xml_value.h"
+#include "composite/xml_value.h"
 
 namespace tssoap {
 

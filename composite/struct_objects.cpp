@@ -4,8 +4,8 @@
 #include <string>
 
 #include "call/parameter_walker.h"
-#include "call/proxy_variables.h"
-#include "composite/name_mapping.h"
+#include "host/proxy_variables.h"
+#include "support/name_mapping.h"
 #include "support/soap_vocabulary.h"
 #include "support/values/soap_exception.h"
 #include "support/values/soap_grow_array.h"

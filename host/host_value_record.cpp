@@ -3,7 +3,7 @@
 #include <cstring>
 #include <string>
 
-#include "composite/name_mapping.h"
+#include "support/name_mapping.h"
 #include "host/host_kind_access.h"
 #include "support/lower_case_text.h"
 

@@ -1,6 +1,6 @@
 #include "types/type_drivers.h"
 
-#include "call/proxy_variables.h"
+#include "host/proxy_variables.h"
 #include "composite/struct_objects.h"
 #include "host/type_namespace_buffer.h"
 #include "support/values/soap_exception.h"

@@ -1,6 +1,6 @@
 #include "types/xml_data_type_table.h"
 
-#include "call/proxy_variables.h"
+#include "host/proxy_variables.h"
 #include "support/soap_vocabulary.h"
 #include "types/binary_types.h"
 #include "types/date_time_types.h"

@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "host/host_interfaces.h"
-#include "support/values/xml_value.h"
+#include "composite/xml_value.h"
 #include "types/conversion_context.h"
 
 namespace tssoap {

@@ -14,7 +14,7 @@
 #include "support/values/soap_qname.h"
 #include "support/values/soap_string.h"
 #include "support/values/soap_text.h"
-#include "support/values/xml_value.h"
+#include "composite/xml_value.h"
 
 namespace {
 

@@ -5,13 +5,12 @@
 
 #include <string>
 
-#include "support/values/easysoap_api.h"
 #include "support/values/soap_grow_array.h"
 #include "support/values/soap_string.h"
 
 class SOAPParameter;
 
-struct EASYSOAP_API XmlValueText {
+struct XmlValueText {
   std::string text;     // the lexical form
   bool isNull = false;  // the value is nil
 
@@ -22,7 +21,7 @@ struct EASYSOAP_API XmlValueText {
   const SOAPParameter& ReadFrom(const SOAPParameter& parameter);
 };
 
-struct EASYSOAP_API XmlValueArray {
+struct XmlValueArray {
   XmlValueArray(const char* elementName, const char* elementNamespace)
       : elementName(elementName), elementNamespace(elementNamespace) {}
   // Members are destroyed namespace, name, items: the reverse of this order.

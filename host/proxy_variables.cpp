@@ -1,8 +1,8 @@
-#include "call/proxy_variables.h"
+#include "host/proxy_variables.h"
 
 #include <string>
 
-#include "composite/name_mapping.h"
+#include "support/name_mapping.h"
 #include "support/lower_case_text.h"
 #include "support/values/soap_exception.h"
 

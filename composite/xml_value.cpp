@@ -1,4 +1,4 @@
-#include "support/values/xml_value.h"
+#include "composite/xml_value.h"
 
 #include "easysoap/soap_parameter.h"
 

@@ -1,4 +1,4 @@
-#include "call/proxy_variables.h"
+#include "host/proxy_variables.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The two rules that turn XML names into host names.
-#include "composite/name_mapping.h"
+#include "support/name_mapping.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "composite/name_mapping.h"
+#include "support/name_mapping.h"
 
 #include <algorithm>
 #include <array>
