@@ -225,16 +225,12 @@ StructFields ParameterWalker::ReadStructFields(const std::string& fieldList) {
     if (scanner.NextToken() != kStructOpen) return list;
     // Fields have no direction block: every field travels.
     while (scanner.NextToken() != kStructClose) {
-      StructField& field = list.fields.emplace_back();
-      try {
-        field.form.type = DeclaredType(session_, proxy_, scanner.GetTokenText());
-        ReadArrayBlockAndName(scanner, kStructArrayBlock, field.form.arrayStyle,
-                              field.form.elementName);
-        field.name = scanner.GetTokenText();
-      } catch (const SoapScannerException&) {
-        list.fields.pop_back();  // a field cut short never travels
-        throw;
-      }
+      // A field cut short by the end of the text never travels.
+      ValueForm form;
+      form.type = DeclaredType(session_, proxy_, scanner.GetTokenText());
+      ReadArrayBlockAndName(scanner, kStructArrayBlock, form.arrayStyle, form.elementName);
+      const std::string& name = scanner.GetTokenText();
+      list.fields.push_back(StructField{name, HostFieldName(name), std::move(form)});
       if (scanner.NextToken() != kStructComma) break;
     }
   } catch (const SoapScannerException&) {
@@ -252,7 +248,7 @@ void ParameterWalker::WalkStructOut(SOAPParameter& parent, HostObject instance,
 void ParameterWalker::SendField(SOAPParameter& parent, const StructField& field,
                                 HostObject instance) {
   HostValueRecord record{};
-  ReadHostField(session_, record, instance, field.name);
+  ReadHostField(session_, record, instance, field.hostName);
   SendValue(parent, field.name, field.form, record);
 }
 
@@ -265,14 +261,14 @@ void ParameterWalker::WalkStructIn(const SOAPParameter& element, HostObject inst
 void ParameterWalker::ReceiveField(const SOAPParameter& element, const StructField& field,
                                    HostObject instance) {
   HostValueRecord record{};
-  ReadHostField(session_, record, instance, field.name);
+  ReadHostField(session_, record, instance, field.hostName);
   try {
     const SOAPParameter& found = element.GetParameter(field.name.c_str());
     if (!found.IsNull()) ConvertFromWire(field.form, found, element, record, session_, proxy_);
   } catch (const SOAPException&) {
     // A missing field, or one that fails to convert, keeps the value it had.
   }
-  WriteHostField(session_, instance, record, field.name);
+  WriteHostField(session_, instance, record, field.hostName);
 }
 
 }  // namespace tssoap

@@ -23,7 +23,8 @@ namespace tssoap {
 
 // One field of a structure's description, read once for every instance of the structure.
 struct StructField {
-  std::string name;
+  std::string name;  // the element's name
+  HostFieldName hostName;
   ValueForm form;
 };
 

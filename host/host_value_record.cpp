@@ -3,9 +3,9 @@
 #include <cstring>
 #include <string>
 
-#include "support/name_mapping.h"
 #include "host/host_kind_access.h"
 #include "support/lower_case_text.h"
+#include "support/name_mapping.h"
 
 namespace tssoap {
 namespace {
@@ -18,15 +18,14 @@ struct FieldPlace {
   HostFieldId field;
 };
 
-FieldPlace FindField(IHostSession& session, HostObject object, std::string_view name) {
-  std::string lowered = LowerCaseText(name);
-  HostClass cls = session.GetClass(object);
+// The field of object's class whose name is lowered (already in lower case).
+FieldPlace FindField(IHostSession& session, HostObject object, const std::string& lowered) {
+  const HostClass cls = session.GetClass(object);
   return {cls, session.GetFieldId(cls, lowered.c_str())};
 }
 
-// Structure fields are found by their XML names, which may collide with the host's reserved words.
-FieldPlace FindStructField(IHostSession& session, HostObject object, std::string_view name) {
-  return FindField(session, object, ReservedWordSet().MapFieldName(name));
+FieldPlace FindStructField(IHostSession& session, HostObject object, const HostFieldName& name) {
+  return FindField(session, object, name.LowerCase());
 }
 
 }  // namespace
@@ -70,8 +69,30 @@ void WriteHostValue(IHostValue* value, const HostValueRecord& record) {
   }
 }
 
+HostFieldName::HostFieldName(std::string_view xmlName)
+    // Structure fields are found by their XML names, which may collide with the host's reserved
+    // words.
+    : mapped_(ReservedWordSet().MapFieldName(xmlName)) {
+  for (const char c : mapped_) {
+    if (static_cast<unsigned char>(c) >= 0x80) ascii_ = false;
+  }
+  if (ascii_) mapped_ = LowerCaseText(mapped_);
+}
+
+std::string HostFieldName::LowerCase() const { return ascii_ ? mapped_ : LowerCaseText(mapped_); }
+
 void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object,
                    std::string_view name) {
+  ReadHostField(session, record, object, HostFieldName(name));
+}
+
+void WriteHostField(IHostSession& session, HostObject object, const HostValueRecord& record,
+                    std::string_view name) {
+  WriteHostField(session, object, record, HostFieldName(name));
+}
+
+void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object,
+                   const HostFieldName& name) {
   FieldPlace place = FindStructField(session, object, name);
   if (place.field == kNoField) return;
   record.isNull = Flag(session.IsFieldNull(object, place.field));
@@ -93,7 +114,7 @@ void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject ob
 }
 
 void WriteHostField(IHostSession& session, HostObject object, const HostValueRecord& record,
-                    std::string_view name) {
+                    const HostFieldName& name) {
   FieldPlace place = FindStructField(session, object, name);
   // A value with no instance variable to go to is dropped on purpose: the host class decides
   // which parts of a structure the script sees.
@@ -110,7 +131,7 @@ void WriteHostField(IHostSession& session, HostObject object, const HostValueRec
 }
 
 HostFieldId LookUpField(IHostSession& session, HostObject object, std::string_view name) {
-  return FindField(session, object, name).field;
+  return FindField(session, object, LowerCaseText(name)).field;
 }
 
 }  // namespace tssoap

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "host/host_interfaces.h"
@@ -39,8 +40,26 @@ struct HostValueRecord {
 void ReadHostValue(HostValueRecord& record, IHostValue* value, bool flagsOnly);
 // Writes record back: null, array, object, or the value by its kind (string by handle).
 void WriteHostValue(IHostValue* value, const HostValueRecord& record);
+// The instance variable name that an XML field name maps to: reserved words get "ws_" in front,
+// and the host is asked in lower case. Made once per field of a structure's description; a name
+// beyond ASCII is lower-cased at each use, in the locale of that moment.
+class HostFieldName {
+ public:
+  explicit HostFieldName(std::string_view xmlName);
+  std::string LowerCase() const;
+
+ private:
+  std::string mapped_;  // lower-cased already when ascii_
+  bool ascii_ = true;
+};
+
 // Reads the instance variable of object that the XML field name maps to (reserved words get
 // "ws_"); a field the class lacks leaves the record as the caller zeroed it.
+void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object,
+                   const HostFieldName& name);
+void WriteHostField(IHostSession& session, HostObject object, const HostValueRecord& record,
+                    const HostFieldName& name);
+// The same by the XML field name.
 void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object,
                    std::string_view name);
 // Writes record to the instance variable that name maps to; a missing variable drops the value.

@@ -86,10 +86,13 @@ void EncodedArrayOut(ConversionContext& context) {
   // Every item is converted before the parameter is touched, so a failure leaves it as it was.
   const OutgoingArrayItems items(context.session, context.record, kBoundedArray);
   if (items.Length() > 0) array.items.Reserve(static_cast<uint32_t>(items.Length()));
+  // One item context for all items: only its record changes.
+  HostValueRecord item{};
+  ConversionContext itemContext = ItemContext(context, context.parameter, item);
+  const ToXmlTextFn toXmlText = context.row->conversion->toXmlText;
   for (int32_t index = 1; index <= items.Length(); ++index) {
-    HostValueRecord item = ReadItem(context, items.Array(), index);
-    ConversionContext itemContext = ItemContext(context, context.parameter, item);
-    context.row->conversion->toXmlText(array.items.Add(XmlValueText{}), itemContext);
+    item = ReadItem(context, items.Array(), index);
+    toXmlText(array.items.Add(XmlValueText{}), itemContext);
   }
   // The item type with the count, "boolean[3]", in the type's namespace: a qualified name.
   WriteEncodedArrayHead(context.parameter, context.row->name, GetTypeNamespace(),
@@ -109,12 +112,14 @@ void EncodedArrayIn(ConversionContext& context) {
   HeldArrayInfo info(session, handle);
   info.RefuseBounded(kBoundedArray);
   int32_t index = 0;
+  HostValueRecord item{};
+  ConversionContext itemContext = ItemContext(context, context.parameter, item);
+  const FromXmlTextFn fromXmlText = context.row->conversion->fromXmlText;
   for (const XmlValueText& value : array.items) {
     ++index;
-    HostValueRecord item{};
-    ConversionContext itemContext = ItemContext(context, context.parameter, item);
+    item = HostValueRecord{};
     // A failing item ends the operation; the items before it stay written.
-    context.row->conversion->fromXmlText(value, itemContext);
+    fromXmlText(value, itemContext);
     WriteItem(context, handle, index, item);
   }
 }
