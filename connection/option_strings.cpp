@@ -3,6 +3,8 @@
 #include <array>
 #include <cctype>
 #include <limits>
+#include <optional>
+#include <string>
 
 #include "call/call_log.h"
 #include "support/lower_case_text.h"
@@ -17,29 +19,31 @@ bool IsLetter(char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0;
 bool IsKeyCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
 char Lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
 
-// An option's effect; false ends the method with kOptionsInvalid.
-using OptionEffect = bool (*)(const std::string& value, ConnectionSettings& settings);
+// An option's effect; false ends the method with kOptionsInvalid. A dry run checks the value and
+// changes nothing outside settings.
+using OptionEffect = bool (*)(const std::string& value, ConnectionSettings& settings, bool dryRun);
 
 struct OptionKey {
   std::string_view name;
   OptionValueKind kind;
   OptionEffect effect;
+  const char* refusal;  // why the effect said no
 };
 
-bool OpenLog(const std::string& value, ConnectionSettings&) {
+bool OpenLog(const std::string& value, ConnectionSettings&, bool dryRun) {
   // The log belongs to the process; whether the file opened doesn't change the result.
-  SetLogFile(value.c_str());
+  if (!dryRun) SetLogFile(value.c_str());
   return true;
 }
 
 // The options whose quoted text is the setting itself.
 template <std::string ConnectionSettings::*setting>
-bool SetText(const std::string& value, ConnectionSettings& settings) {
+bool SetText(const std::string& value, ConnectionSettings& settings, bool) {
   settings.*setting = value;
   return true;
 }
 
-bool SetTimeout(const std::string& digits, ConnectionSettings& settings) {
+bool SetTimeout(const std::string& digits, ConnectionSettings& settings, bool) {
   // A number beyond the signed 32-bit range is refused rather than wrapped.
   int64_t timeout = 0;
   for (char digit : digits) {
@@ -50,7 +54,7 @@ bool SetTimeout(const std::string& digits, ConnectionSettings& settings) {
   return true;
 }
 
-bool SetConnectionCache(const std::string& word, ConnectionSettings& settings) {
+bool SetConnectionCache(const std::string& word, ConnectionSettings& settings, bool) {
   std::string lowered = LowerCaseText(word);
   if (lowered == "true") {
     settings.connectionCache = true;
@@ -62,44 +66,96 @@ bool SetConnectionCache(const std::string& word, ConnectionSettings& settings) {
   return true;
 }
 
-bool SetProxyAddress(const std::string& value, ConnectionSettings& settings) {
+bool SetProxyAddress(const std::string& value, ConnectionSettings& settings, bool) {
   return SetProxyServerAddress(value, settings);
 }
 
 constexpr std::array<OptionKey, 5> kServiceKeys{{
-    {"soaplog", kQuotedValue, &OpenLog},
-    {"userid", kQuotedValue, &SetText<&ConnectionSettings::userId>},
-    {"password", kQuotedValue, &SetText<&ConnectionSettings::password>},
-    {"timeout", kNumberValue, &SetTimeout},
-    {"connectioncache", kWordValue, &SetConnectionCache},
+    {"soaplog", kQuotedValue, &OpenLog, ""},
+    {"userid", kQuotedValue, &SetText<&ConnectionSettings::userId>, ""},
+    {"password", kQuotedValue, &SetText<&ConnectionSettings::password>, ""},
+    {"timeout", kNumberValue, &SetTimeout, "beyond 2147483647 seconds"},
+    {"connectioncache", kWordValue, &SetConnectionCache, "neither true nor false"},
 }};
 
 constexpr std::array<OptionKey, 3> kProxyServerKeys{{
-    {"address", kQuotedValue, &SetProxyAddress},
-    {"userid", kQuotedValue, &SetText<&ConnectionSettings::proxyUserId>},
-    {"password", kQuotedValue, &SetText<&ConnectionSettings::proxyPassword>},
+    {"address", kQuotedValue, &SetProxyAddress, "a scheme other than http, https and ftp"},
+    {"userid", kQuotedValue, &SetText<&ConnectionSettings::proxyUserId>, ""},
+    {"password", kQuotedValue, &SetText<&ConnectionSettings::proxyPassword>, ""},
 }};
 
+const char* KindName(OptionValueKind kind) {
+  switch (kind) {
+    case kQuotedValue:
+      return "a quoted text";
+    case kNumberValue:
+      return "a number";
+    case kWordValue:
+      return "a word";
+    case kValueSyntaxError:
+      break;
+  }
+  return "";
+}
+
+// What ends the walk over an option string: nothing, or where and why it stopped.
+using OptionsOutcome = std::optional<OptionsFailure>;
+
+OptionsOutcome Refuse(const char* at, std::string_view options, std::string reason) {
+  return OptionsFailure{static_cast<size_t>(at - options.data()), std::move(reason)};
+}
+
+const char* SkipBlanks(const char* cursor, const char* end) {
+  while (cursor != end && IsBlank(*cursor)) ++cursor;
+  return cursor;
+}
+
 template <size_t N>
-int32_t Apply(std::string_view options, ConnectionSettings& settings,
-              const std::array<OptionKey, N>& keys) {
+OptionsOutcome Apply(std::string_view options, ConnectionSettings& settings,
+                     const std::array<OptionKey, N>& keys, bool dryRun) {
   const char* cursor = options.data();
   const char* end = options.data() + options.size();
   std::string key;
   std::string value;
   for (;;) {
+    const char* keyStart = SkipBlanks(cursor, end);
     OptionKeyResult keyResult = ScanOptionKey(cursor, end, key);
-    if (keyResult == kEndOfOptions) return kOptionsValid;
-    if (keyResult == kKeySyntaxError) return kOptionsInvalid;
+    if (keyResult == kEndOfOptions) return std::nullopt;
+    if (keyResult == kKeySyntaxError) {
+      return Refuse(
+          cursor, options,
+          cursor == end ? "the text ends inside the option" : "a key is letters, digits and '_'");
+    }
+    const char* valueStart = SkipBlanks(cursor, end);
     OptionValueKind kind = ScanOptionValue(cursor, end, value);
-    if (kind == kValueSyntaxError) return kOptionsInvalid;
+    if (kind == kValueSyntaxError) {
+      return Refuse(cursor == end ? valueStart : cursor, options,
+                    cursor == end ? "the value is missing or its quote isn't closed"
+                                  : "a value is a quoted text, a number or a word");
+    }
     const OptionKey* known = nullptr;
     for (const OptionKey& candidate : keys) {
       if (candidate.name == key) known = &candidate;
     }
-    if (known == nullptr || known->kind != kind) return kOptionsInvalid;
-    if (!known->effect(value, settings)) return kOptionsInvalid;
+    if (known == nullptr) return Refuse(keyStart, options, "unknown key '" + key + "'");
+    if (known->kind != kind) {
+      return Refuse(valueStart, options, "'" + key + "' takes " + KindName(known->kind));
+    }
+    if (!known->effect(value, settings, dryRun)) {
+      return Refuse(valueStart, options, "'" + key + "' is " + known->refusal);
+    }
   }
+}
+
+template <size_t N>
+int32_t ApplyAndReport(const char* method, std::string_view options, ConnectionSettings& settings,
+                       const std::array<OptionKey, N>& keys, OptionsFailure* failure) {
+  OptionsOutcome outcome = Apply(options, settings, keys, false);
+  if (!outcome) return kOptionsValid;
+  // Written after the option that opened a log, if one did: the refusal is its first line.
+  WriteCallLogLine((std::string(method) + ": " + DescribeOptionsFailure(*outcome) + "\n").c_str());
+  if (failure != nullptr) *failure = std::move(*outcome);
+  return kOptionsInvalid;
 }
 
 struct Scheme {
@@ -116,7 +172,8 @@ OptionKeyResult ScanOptionKey(const char*& cursor, const char* end, std::string&
   for (;;) {
     if (cursor == end) return state == kBeforeKey ? kEndOfOptions : kKeySyntaxError;
     if (state == kKeyDone) return kKeyRead;
-    char c = *cursor++;
+    // A refused character stays under the cursor, so that a refusal can say where it is.
+    char c = *cursor;
     switch (state) {
       case kBeforeKey:
         if (IsBlank(c)) break;
@@ -145,6 +202,7 @@ OptionKeyResult ScanOptionKey(const char*& cursor, const char* end, std::string&
       case kKeyDone:
         break;
     }
+    ++cursor;
   }
 }
 
@@ -182,7 +240,8 @@ OptionValueKind ScanOptionValue(const char*& cursor, const char* end, std::strin
     if (state == kQuotedDone) return kQuotedValue;
     if (state == kNumberDone) return kNumberValue;
     if (state == kWordDone) return kWordValue;
-    char c = *cursor++;
+    // A refused character stays under the cursor, so that a refusal can say where it is.
+    char c = *cursor;
     switch (state) {
       case kBeforeValue:
         if (IsBlank(c)) break;
@@ -242,15 +301,28 @@ OptionValueKind ScanOptionValue(const char*& cursor, const char* end, std::strin
       case kWordDone:
         break;
     }
+    ++cursor;
   }
 }
 
-int32_t ApplyOptions(std::string_view options, ConnectionSettings& settings) {
-  return Apply(options, settings, kServiceKeys);
+std::string DescribeOptionsFailure(const OptionsFailure& failure) {
+  return "at " + std::to_string(failure.offset) + ": " + failure.reason;
 }
 
-int32_t ApplyProxyServerOptions(std::string_view options, ConnectionSettings& settings) {
-  return Apply(options, settings, kProxyServerKeys);
+int32_t ApplyOptions(std::string_view options, ConnectionSettings& settings,
+                     OptionsFailure* failure) {
+  return ApplyAndReport("setoptions", options, settings, kServiceKeys, failure);
+}
+
+int32_t ApplyProxyServerOptions(std::string_view options, ConnectionSettings& settings,
+                                OptionsFailure* failure) {
+  return ApplyAndReport("setproxyserveroptions", options, settings, kProxyServerKeys, failure);
+}
+
+std::optional<OptionsFailure> CheckOptions(std::string_view options, bool proxyServer) {
+  ConnectionSettings scratch;
+  return proxyServer ? Apply(options, scratch, kProxyServerKeys, true)
+                     : Apply(options, scratch, kServiceKeys, true);
 }
 
 bool SetProxyServerAddress(std::string_view address, ConnectionSettings& settings) {

@@ -4,7 +4,9 @@
 // numbers or words. Pairs take effect one by one; an error doesn't undo the pairs before it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -29,16 +31,31 @@ enum OptionValueKind : int {
   kWordValue = 3,    // letters only
 };
 
-// Reads a key and its "=", lower-cased into key, moving cursor on.
+// Reads a key and its "=", lower-cased into key, moving cursor on; on a syntax error the cursor
+// stands on the refused character (or at the end).
 OptionKeyResult ScanOptionKey(const char*& cursor, const char* end, std::string& key);
-// Reads a value and the "," behind it, moving cursor on.
+// Reads a value and the "," behind it, moving cursor on, the same way.
 OptionValueKind ScanOptionValue(const char*& cursor, const char* end, std::string& value);
 
+// Where and why a string was refused: the offset (from 0) of the character or key at fault.
+struct OptionsFailure {
+  size_t offset = 0;
+  std::string reason;
+};
+// "at 17: unknown key 'timout'"
+std::string DescribeOptionsFailure(const OptionsFailure& failure);
+
 // setoptions: soaplog, userid, password, timeout, connectioncache. kOptionsValid or
-// kOptionsInvalid.
-int32_t ApplyOptions(std::string_view options, ConnectionSettings& settings);
+// kOptionsInvalid; a refusal is described in *failure when given, and in the call log when one is
+// open ("setoptions: at 17: unknown key 'timout'").
+int32_t ApplyOptions(std::string_view options, ConnectionSettings& settings,
+                     OptionsFailure* failure = nullptr);
 // setproxyserveroptions: address, userid, password.
-int32_t ApplyProxyServerOptions(std::string_view options, ConnectionSettings& settings);
+int32_t ApplyProxyServerOptions(std::string_view options, ConnectionSettings& settings,
+                                OptionsFailure* failure = nullptr);
+// Why options would be refused, without applying anything (no log is opened): for a tool that has
+// the extension's answer 50 and wants to tell its user. Nothing when they would be accepted.
+std::optional<OptionsFailure> CheckOptions(std::string_view options, bool proxyServer);
 // The address rule: "[scheme://]host[:port][/path]" into the four proxy server fields. False for
 // a scheme other than "http", "https" and "ftp" (case respected), which leaves "http", "80" and
 // an empty host and path.

@@ -125,6 +125,48 @@ TEST(SetOptions, SoapLogOpensTheNamedFileAtOnce) {
   std::remove(path.c_str());
 }
 
+// A refused string says where (from 0) and why: to the caller, and to the call log when one is
+// open. CheckOptions tells the same without applying anything.
+TEST(SetOptions, RefusalSaysWhereAndWhy) {
+  const std::tuple<const char*, bool, const char*> cases[] = {
+      {"timeout=30, timout=30", false, "at 12: unknown key 'timout'"},
+      {"timeout='30'", false, "at 8: 'timeout' takes a number"},
+      {"timeout=99999999999", false, "at 8: 'timeout' is beyond 2147483647 seconds"},
+      {"connectioncache=maybe", false, "at 16: 'connectioncache' is neither true nor false"},
+      {"time-out=1", false, "at 4: a key is letters, digits and '_'"},
+      {"userid", false, "at 6: the text ends inside the option"},
+      {"userid='me", false, "at 7: the value is missing or its quote isn't closed"},
+      {"userid=me!", false, "at 9: a value is a quoted text, a number or a word"},
+      {"address='gopher://gate'", true,
+       "at 8: 'address' is a scheme other than http, https and ftp"},
+      {"timeout=1", true, "at 0: unknown key 'timeout'"},
+  };
+  for (const auto& [text, proxyServer, expected] : cases) {
+    ConnectionSettings settings;
+    OptionsFailure failure;
+    const int32_t result = proxyServer ? ApplyProxyServerOptions(text, settings, &failure)
+                                       : ApplyOptions(text, settings, &failure);
+    EXPECT_EQ(result, kOptionsInvalid) << text;
+    EXPECT_EQ(DescribeOptionsFailure(failure), expected) << text;
+    const std::optional<OptionsFailure> checked = CheckOptions(text, proxyServer);
+    ASSERT_TRUE(checked.has_value()) << text;
+    EXPECT_EQ(DescribeOptionsFailure(*checked), expected) << text;
+  }
+  EXPECT_FALSE(CheckOptions("timeout=5, connectioncache=true", false).has_value());
+
+  const std::string path = ::testing::TempDir() + "tssoap_refusal.log";
+  ConnectionSettings settings;
+  EXPECT_EQ(ApplyOptions("soaplog='" + path + "', timout=30", settings), kOptionsInvalid);
+  EXPECT_FALSE(CheckOptions("soaplog='" + path + ".not'", false).has_value());
+  ASSERT_EQ(ApplyOptions("soaplog=''", settings), kOptionsValid);
+  std::ifstream file(path);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}),
+            "setoptions: at " + std::to_string(path.size() + 12) + ": unknown key 'timout'\n");
+  std::ifstream notOpened(path + ".not");
+  EXPECT_FALSE(notOpened.is_open()) << "a check opens no log";
+  std::remove(path.c_str());
+}
+
 // Through the host: the long result, and nothing written for a null argument.
 TEST(SetOptions, HostSeesTheLongResultOrNothingForANullString) {
   testhost::Runtime rt({&TSX_GetDescription, &TSX_CreateNonVisualObject});

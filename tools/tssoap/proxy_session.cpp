@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <regex>
 
+#include "connection/option_strings.h"
 #include "tools/tssoap/message_text.h"
 
 namespace tssoap::cli {
@@ -20,12 +21,15 @@ std::string WithoutPasswords(const std::string& text) {
 }
 
 // A soapconnection answers an option string it refuses with a result other than 0.
-void CheckOptionsAccepted(const char* what, std::optional<int32_t> result,
-                          const std::string& text) {
-  if (result.value_or(0) != 0) {
-    throw SetupError(std::string(what) + " answered " + std::to_string(*result) +
-                     ", the option string " + Quoted(WithoutPasswords(text)) + " is invalid");
+void CheckOptionsAccepted(const char* what, std::optional<int32_t> result, const std::string& text,
+                          bool proxyServer) {
+  if (result.value_or(0) == 0) return;
+  // The extension answers only 50; its own reading of the string says where and why.
+  if (std::optional<OptionsFailure> failure = CheckOptions(text, proxyServer)) {
+    throw SetupError(std::string(what) + ": " + DescribeOptionsFailure(*failure));
   }
+  throw SetupError(std::string(what) + " answered " + std::to_string(*result) +
+                   ", the option string " + Quoted(WithoutPasswords(text)) + " is invalid");
 }
 
 }  // namespace
@@ -72,13 +76,13 @@ ProxySession::ProxySession(ProxyFile proxy, const SessionOptions& options)
   if (options.options) {
     CheckOptionsAccepted("--options: setoptions",
                          runtime_->SetOptions(connection_, options.options->c_str()),
-                         *options.options);
+                         *options.options, false);
   }
   if (options.proxyOptions) {
     CheckOptionsAccepted(
         "--proxy-options: setproxyserveroptions",
         runtime_->SetProxyServerOptions(connection_, options.proxyOptions->c_str()),
-        *options.proxyOptions);
+        *options.proxyOptions, true);
   }
   testhost::Runtime::CreateResult created =
       options.port
