@@ -8,14 +8,13 @@
 #include "call/call_log.h"
 #include "call/method_description_scanner.h"
 #include "call/parameter_walker.h"
-#include "host/proxy_variables.h"
 #include "call/soap_endpoint.h"
-#include "connection/soap_exception_object.h"
-#include "connection/soap_marshaler.h"
 #include "easysoap/soap_method.h"
 #include "easysoap/soap_proxy.h"
 #include "easysoap/xml_composer.h"
+#include "host/proxy_variables.h"
 #include "support/text_conversions.h"
+#include "support/values/fault_tags.h"
 #include "support/values/soap_exception.h"
 
 namespace tssoap {
@@ -50,14 +49,14 @@ std::string_view TextOf(const SOAPException& failure) {
 }
 
 // Steps of the call up to the response walk; every failure leaves as an exception.
-void PerformCall(SoapMarshaler& marshaler, IHostSession& session, HostObject proxy,
+void PerformCall(const CallTarget& target, IHostSession& session, HostObject proxy,
                  const char* methodDescription, HostCallInfo& info, CallState& state) {
   XMLComposer::SetAddWhiteSpace(true);
 
   // A cached proxy keeps what it was built with: endpoint, credentials, proxy server and style.
   int32_t bindingStyle = kBindingNotStated;
-  if (marshaler.soapProxy == nullptr) {
-    bindingStyle = BuildSoapProxy(marshaler, session, proxy);
+  if (target.soapProxy == nullptr) {
+    bindingStyle = BuildSoapProxy(target, session, proxy);
   }
 
   const MethodDescriptionParts parts =
@@ -71,17 +70,17 @@ void PerformCall(SoapMarshaler& marshaler, IHostSession& session, HostObject pro
   walker.WalkRequest(method, info, parts.parameterText);
 
   state.inExecute = true;
-  const SOAPResponse& response = marshaler.soapProxy->Execute(method);
+  const SOAPResponse& response = target.soapProxy->Execute(method);
   state.inExecute = false;
 
   walker.WalkResponse(response.GetMethod(), info, parts.parameterText);
 }
 
 // The protected region: whatever happens on the way is kept as texts in state.
-void RunProtected(SoapMarshaler& marshaler, IHostSession& session, HostObject proxy,
+void RunProtected(const CallTarget& target, IHostSession& session, HostObject proxy,
                   const char* methodDescription, HostCallInfo& info, CallState& state) {
   try {
-    PerformCall(marshaler, session, proxy, methodDescription, info, state);
+    PerformCall(target, session, proxy, methodDescription, info, state);
   } catch (const SOAPFaultException& fault) {
     const std::string_view packed = TextOf(fault);
     state.Fail(FaultPart(packed, kFaultStringOpen, kFaultStringClose), packed);
@@ -144,32 +143,32 @@ void RaiseHostException(IHostSession& session, const CallState& state) {
 }
 
 // Keeps or ends the library's proxy, and says which in the log: also after a failed call.
-void FinishConnection(SoapMarshaler& marshaler) {
-  if (marshaler.connectionCache) {
+void FinishConnection(const CallTarget& target) {
+  if (target.settings.connectionCache) {
     WriteCallLogLine(kConnectionCached);
     return;
   }
-  DeleteSOAPProxy(marshaler.soapProxy);
-  marshaler.soapProxy = nullptr;
+  DeleteSOAPProxy(target.soapProxy);
+  target.soapProxy = nullptr;
   WriteCallLogLine(kConnectionDisconnected);
 }
 
 }  // namespace
 
-int32_t InvokeRemoteMethod(SoapMarshaler& marshaler, IHostSession* session, HostObject proxy,
+int32_t InvokeRemoteMethod(const CallTarget& target, IHostSession* session, HostObject proxy,
                            const char* methodDescription, HostCallInfo* info) {
   if (session == nullptr) return 0;
   HostCallInfo noCall{};
   HostCallInfo& call = info != nullptr ? *info : noCall;
   CallState state;
   try {
-    RunProtected(marshaler, *session, proxy, methodDescription, call, state);
+    RunProtected(target, *session, proxy, methodDescription, call, state);
   } catch (...) {
     // Only a memory failure while a failure is being recorded gets here.
     state.failed = true;
   }
   try {
-    FinishConnection(marshaler);
+    FinishConnection(target);
   } catch (...) {
   }
   if (state.failed) {

@@ -3,14 +3,13 @@
 // raised in the host. Nothing is thrown out of it.
 #pragma once
 
+#include "call/soap_endpoint.h"
 #include "host/host_interfaces.h"
 
 namespace tssoap {
 
-class SoapMarshaler;
-
-// Performs one proxy call for marshaler; always answers 0.
-int32_t InvokeRemoteMethod(SoapMarshaler& marshaler, IHostSession* session, HostObject proxy,
+// Performs one proxy call for the marshaler that target stands for; always answers 0.
+int32_t InvokeRemoteMethod(const CallTarget& target, IHostSession* session, HostObject proxy,
                            const char* methodDescription, HostCallInfo* info);
 
 }  // namespace tssoap

@@ -1,8 +1,7 @@
 #include "call/soap_endpoint.h"
 
-#include "host/proxy_variables.h"
-#include "connection/soap_marshaler.h"
 #include "easysoap/soap_proxy.h"
+#include "host/proxy_variables.h"
 #include "support/values/soap_exception.h"
 
 namespace tssoap {
@@ -74,23 +73,24 @@ std::string ComposeProxyAddress(const ProxyServerAddress& server) {
   return address;
 }
 
-int32_t BuildSoapProxy(SoapMarshaler& marshaler, IHostSession& session, HostObject proxy) {
-  const bool fromProxyVariable = marshaler.portName.empty();
+int32_t BuildSoapProxy(const CallTarget& target, IHostSession& session, HostObject proxy) {
+  const ConnectionSettings& settings = target.settings;
+  const bool fromProxyVariable = target.portName.empty();
   std::string serviceAddress =
       fromProxyVariable ? std::string(ReadProxyVariable(session, proxy, kEndpointVariable))
-                        : marshaler.portName;
-  AddCredentials(serviceAddress, fromProxyVariable, marshaler.userId, marshaler.password);
+                        : target.portName;
+  AddCredentials(serviceAddress, fromProxyVariable, settings.userId, settings.password);
 
   const std::string proxyAddress =
-      ComposeProxyAddress({marshaler.proxyScheme, marshaler.proxyHost, marshaler.proxyPort,
-                           marshaler.proxyPath, marshaler.proxyUserId, marshaler.proxyPassword});
+      ComposeProxyAddress({settings.proxyScheme, settings.proxyHost, settings.proxyPort,
+                           settings.proxyPath, settings.proxyUserId, settings.proxyPassword});
   const int32_t bindingStyle = ReadBindingStyle(session, proxy);
 
-  marshaler.soapProxy = proxyAddress.empty()
-                            ? InitSOAPProxy(serviceAddress.c_str(), marshaler.timeout, bindingStyle)
-                            : InitSOAPProxyEx(serviceAddress.c_str(), proxyAddress.c_str(),
-                                              marshaler.timeout, bindingStyle);
-  if (marshaler.soapProxy == nullptr) {
+  target.soapProxy = proxyAddress.empty()
+                         ? InitSOAPProxy(serviceAddress.c_str(), settings.timeout, bindingStyle)
+                         : InitSOAPProxyEx(serviceAddress.c_str(), proxyAddress.c_str(),
+                                           settings.timeout, bindingStyle);
+  if (target.soapProxy == nullptr) {
     // The message names no address: it may hold a password.
     throw SOAPException("%s", "The SOAP library could not create a connection to the service");
   }

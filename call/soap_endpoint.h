@@ -3,18 +3,27 @@
 // server, and the library's SOAPProxy built from both. User and password travel only inside these
 // URL texts; the library takes them from there.
 //
-// The SOAPProxy belongs to the marshaler that holds it (SoapMarshaler::soapProxy).
+// The SOAPProxy belongs to the marshaler that holds it (CallTarget::soapProxy is its slot).
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
+#include "call/connection_settings.h"
 #include "host/host_interfaces.h"
+
+class SOAPProxy;
 
 namespace tssoap {
 
-class SoapMarshaler;
+// What a call needs of the marshaler of its proxy: the settings of its creation, the port name
+// given to createinstance, and the slot of the library's proxy that may stay between calls.
+struct CallTarget {
+  const ConnectionSettings& settings;
+  const std::string& portName;
+  SOAPProxy*& soapProxy;
+};
 
 // Empty, or blanks (" ") alone; other white space isn't blank.
 bool IsBlank(std::string_view text);
@@ -40,9 +49,9 @@ struct ProxyServerAddress {
 // port; empty when the host is blank.
 std::string ComposeProxyAddress(const ProxyServerAddress& server);
 
-// Builds marshaler.soapProxy from its settings and the proxy object's variables and returns the
+// Builds target.soapProxy from its settings and the proxy object's variables and returns the
 // binding style it read. Throws SOAPException when the proxy has no (non-null) `endpoint` and no
 // port name was given, when the library refuses the address, and when it gives no proxy.
-int32_t BuildSoapProxy(SoapMarshaler& marshaler, IHostSession& session, HostObject proxy);
+int32_t BuildSoapProxy(const CallTarget& target, IHostSession& session, HostObject proxy);
 
 }  // namespace tssoap

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "connection/connection_settings.h"
+#include "call/connection_settings.h"
 
 namespace tssoap {
 

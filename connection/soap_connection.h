@@ -5,7 +5,7 @@
 // used on its script's thread only.
 #pragma once
 
-#include "connection/connection_settings.h"
+#include "call/connection_settings.h"
 #include "host/host_non_visual_object.h"
 
 namespace tssoap {

@@ -1,21 +1,8 @@
 #include "connection/soap_exception_object.h"
 
 #include "host/class_description.h"
-#include "support/values/packed_fault_escape.h"
 
 namespace tssoap {
-
-std::string FaultPart(std::string_view details, std::string_view openTag,
-                      std::string_view closeTag) {
-  size_t open = details.find(openTag);
-  size_t close = details.find(closeTag);
-  if (open == std::string_view::npos || close == std::string_view::npos) {
-    return std::string(details);
-  }
-  size_t start = open + openTag.size();
-  if (close < start) return packed_fault_escape::Unescape(details.substr(start));
-  return packed_fault_escape::Unescape(details.substr(start, close - start));
-}
 
 void SoapException::Run(IHostSession& session, uint16_t methodNumber, HostCallInfo& info) {
   switch (methodNumber) {

@@ -8,23 +8,9 @@
 #include <string_view>
 
 #include "host/host_non_visual_object.h"
+#include "support/values/fault_tags.h"
 
 namespace tssoap {
-
-// The pseudo-tags of a packed fault text. No XML: searched for as exact, case-sensitive texts.
-inline constexpr std::string_view kFaultCodeOpen = "<tssp_fcode>";
-inline constexpr std::string_view kFaultCodeClose = "</tssp_fcode>";
-inline constexpr std::string_view kFaultStringOpen = "<tssp_fstring>";
-inline constexpr std::string_view kFaultStringClose = "</tssp_fstring>";
-inline constexpr std::string_view kDetailMessageOpen = "<tssp_fdetailmessage>";
-inline constexpr std::string_view kDetailMessageClose = "</tssp_fdetailmessage>";
-
-// The text between the first opening and the first closing tag of details (both searched from
-// the beginning); all text after the opening tag when the closing one stands before it; the
-// whole of details when either tag is missing. A part between tags is unescaped
-// (support/values/packed_fault_escape.h): it comes back as the server sent it.
-std::string FaultPart(std::string_view details, std::string_view openTag,
-                      std::string_view closeTag);
 
 class SoapException final : public HostNonVisualObjectBase {
  public:

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "connection/connection_settings.h"
+#include "call/connection_settings.h"
 #include "host/host_interfaces.h"
 
 class SOAPProxy;
@@ -33,16 +33,7 @@ class SoapMarshaler final : public IHostMarshaler {
 
   const std::string className;  // the proxy class, lower case; stored, not read by a call
   const std::string portName;   // when not empty, the service address before `endpoint`
-  const std::string userId;
-  const std::string password;
-  const int32_t timeout;
-  const bool connectionCache;  // keep soapProxy between calls
-  const std::string proxyScheme;
-  const std::string proxyHost;  // empty or blanks alone: no proxy server
-  const std::string proxyPort;
-  const std::string proxyPath;
-  const std::string proxyUserId;
-  const std::string proxyPassword;
+  const ConnectionSettings settings;
   SOAPProxy* soapProxy = nullptr;  // owned; null until the first call builds it
 };
 

@@ -1,5 +1,6 @@
 // The extension's two exported entry points, the only symbols of the library that the runtime
-// sees. Both have C linkage and hold no state; they may run on any thread.
+// sees. Both have C linkage and hold no state; they may run on any thread. Declared beside the
+// runtime's interfaces; defined in connection/entry_points.cpp, beside the two classes they make.
 #pragma once
 
 #include "host/host_interfaces.h"

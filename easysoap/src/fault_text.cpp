@@ -2,18 +2,19 @@
 
 #include <algorithm>
 
+#include "support/values/fault_tags.h"
 #include "support/values/packed_fault_escape.h"
 
 namespace easysoap_internal {
 
 namespace {
 
-constexpr std::string_view kCodeOpen = "<tssp_fcode>";
-constexpr std::string_view kCodeClose = "</tssp_fcode>";
-constexpr std::string_view kStringOpen = "<tssp_fstring>";
-constexpr std::string_view kStringClose = "</tssp_fstring>";
-constexpr std::string_view kDetailOpen = "<tssp_fdetailmessage>";
-constexpr std::string_view kDetailClose = "</tssp_fdetailmessage>";
+using tssoap::kDetailMessageClose;
+using tssoap::kDetailMessageOpen;
+using tssoap::kFaultCodeClose;
+using tssoap::kFaultCodeOpen;
+using tssoap::kFaultStringClose;
+using tssoap::kFaultStringOpen;
 
 // text cut to at most room bytes, without splitting a UTF-8 sequence.
 std::string_view Cut(std::string_view text, size_t room) {
@@ -38,8 +39,9 @@ std::string EscapedWithin(std::string_view part, size_t room) {
 
 std::string PackFaultText(std::string_view code, std::string_view string, std::string_view detail,
                           size_t limit) {
-  const size_t tags = kCodeOpen.size() + kCodeClose.size() + kStringOpen.size() +
-                      kStringClose.size() + kDetailOpen.size() + kDetailClose.size();
+  const size_t tags = kFaultCodeOpen.size() + kFaultCodeClose.size() + kFaultStringOpen.size() +
+                      kFaultStringClose.size() + kDetailMessageOpen.size() +
+                      kDetailMessageClose.size();
   size_t room = limit > tags ? limit - tags : 0;
   const std::string escapedCode = EscapedWithin(code, room);
   room -= escapedCode.size();
@@ -49,9 +51,9 @@ std::string PackFaultText(std::string_view code, std::string_view string, std::s
 
   std::string packed;
   packed.reserve(tags + escapedCode.size() + escapedString.size() + escapedDetail.size());
-  packed.append(kCodeOpen).append(escapedCode).append(kCodeClose);
-  packed.append(kStringOpen).append(escapedString).append(kStringClose);
-  packed.append(kDetailOpen).append(escapedDetail).append(kDetailClose);
+  packed.append(kFaultCodeOpen).append(escapedCode).append(kFaultCodeClose);
+  packed.append(kFaultStringOpen).append(escapedString).append(kFaultStringClose);
+  packed.append(kDetailMessageOpen).append(escapedDetail).append(kDetailMessageClose);
   return packed;
 }
 

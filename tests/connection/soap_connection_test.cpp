@@ -117,18 +117,21 @@ TEST_F(MarshalerSettingsTest, MarshalerKeepsTheSettingsOfItsCreation) {
   rt.DestroyObject(connection);
 
   SoapMarshaler& m = MarshalerOf(before);
-  EXPECT_EQ(std::tie(m.className, m.portName, m.userId, m.password, m.proxyUserId, m.proxyPassword),
+  EXPECT_EQ(std::tie(m.className, m.portName, m.settings.userId, m.settings.password,
+                     m.settings.proxyUserId, m.settings.proxyPassword),
             std::tie("svc", "http://Host:81/P", "User", "Pw", "pu", "pp"));
-  EXPECT_EQ(std::tie(m.proxyScheme, m.proxyHost, m.proxyPort, m.proxyPath),
+  EXPECT_EQ(std::tie(m.settings.proxyScheme, m.settings.proxyHost, m.settings.proxyPort,
+                     m.settings.proxyPath),
             std::tie("https", "gate", "8443", "base"));
-  EXPECT_EQ(m.timeout, 42);
-  EXPECT_TRUE(m.connectionCache);
+  EXPECT_EQ(m.settings.timeout, 42);
+  EXPECT_TRUE(m.settings.connectionCache);
   EXPECT_EQ(m.soapProxy, nullptr);
   SoapMarshaler& later = MarshalerOf(after);
-  EXPECT_EQ(std::tie(later.portName, later.userId, later.password, later.proxyHost),
+  EXPECT_EQ(std::tie(later.portName, later.settings.userId, later.settings.password,
+                     later.settings.proxyHost),
             std::tie("", "new", "Pw", "other"));
-  EXPECT_EQ(later.timeout, 0);
-  EXPECT_FALSE(later.connectionCache);
+  EXPECT_EQ(later.settings.timeout, 0);
+  EXPECT_FALSE(later.settings.connectionCache);
   EXPECT_EQ(MarshalerOf(nullPort).portName, "");  // as for two arguments
   EXPECT_NE(m.GetModuleHandle(), nullptr);
 }
