@@ -12,9 +12,9 @@
 #include "support/soap_vocabulary.h"
 
 #ifdef TSSOAP_BENCH_WITH_HOST
+#include "call/value_drivers.h"
 #include "host/host_value_record.h"
 #include "testhost/testhost.h"
-#include "types/type_drivers.h"
 #endif
 
 namespace {

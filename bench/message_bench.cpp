@@ -9,6 +9,7 @@
 #include <string>
 
 #include "array_sizes.h"
+#include "call/value_drivers.h"
 #include "easysoap/soap_method.h"
 #include "easysoap/soap_parser.h"
 #include "easysoap/xml_composer.h"
@@ -16,7 +17,6 @@
 #include "host/host_value_record.h"
 #include "support/soap_vocabulary.h"
 #include "testhost/testhost.h"
-#include "types/type_drivers.h"
 
 namespace {
 

@@ -13,11 +13,11 @@
 #include <vector>
 
 #include "call/method_description_scanner.h"
+#include "call/value_drivers.h"
 #include "easysoap/soap_method.h"
 #include "easysoap/soap_parameter.h"
 #include "host/host_interfaces.h"
 #include "host/host_value_record.h"
-#include "types/type_drivers.h"
 
 namespace tssoap {
 

@@ -1,8 +1,8 @@
-// The one way a value crosses between the host and the message. A declared type is resolved once
-// into a DeclaredType (its row, and the namespace its prefix stands for) and handed along with the
-// array layout as a ValueForm; ConvertToWire and ConvertFromWire pick the row operation, or the
-// object path for a host object, by the layout. The row must serve the host value's kind, else
-// the base type of a user type is tried. Failures raise SOAPException.
+// The row path of a value. A declared type is resolved once into a DeclaredType (its row, and the
+// namespace its prefix stands for) and travels with its array layout as a ValueForm; the row that
+// serves the host value's kind -- the declared type's, else its base type's -- runs the operation
+// of the layout. Host objects take the object path instead (call/value_drivers.h). Failures
+// raise SOAPException.
 #pragma once
 
 #include <string>
@@ -10,6 +10,7 @@
 #include "easysoap/soap_parameter.h"
 #include "host/host_interfaces.h"
 #include "host/host_value_record.h"
+#include "types/conversion_context.h"
 #include "types/xml_data_type_table.h"
 
 namespace tssoap {
@@ -45,39 +46,18 @@ struct ValueForm {
   std::string elementName = "item";  // name of an array's items when the block names none
 };
 
-// The request: record into parameter. parent is the element that repeated elements are added to
-// (parameter then only carries their name).
-void ConvertToWire(const ValueForm& form, SOAPParameter& parameter, SOAPParameter& parent,
-                   HostValueRecord& record, IHostSession& session, HostObject proxy);
-// The response: parameter into record. enclosing is the element in which repeated elements are
-// looked for.
-void ConvertFromWire(const ValueForm& form, const SOAPParameter& parameter,
-                     const SOAPParameter& enclosing, HostValueRecord& record, IHostSession& session,
-                     HostObject proxy);
-
-// The entry points by layout, each resolving typeName on its own.
-void ConvertScalarOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
-                      const std::string& typeName, HostValueRecord& record);
-void ConvertScalarIn(const SOAPParameter& parameter, IHostSession& session, HostObject proxy,
-                     const std::string& typeName, HostValueRecord& record);
-void ConvertEncodedArrayOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
-                            const std::string& typeName, HostValueRecord& record,
-                            const std::string& elementName);
-void ConvertEncodedArrayIn(const SOAPParameter& parameter, IHostSession& session, HostObject proxy,
-                           const std::string& typeName, HostValueRecord& record,
-                           const std::string& elementName);
-void ConvertRepeatedElementsOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
-                                const std::string& typeName, HostValueRecord& record,
-                                const std::string& elementName, SOAPParameter& parentParameter);
-void ConvertRepeatedElementsIn(const SOAPParameter& parameter, IHostSession& session,
-                               HostObject proxy, const std::string& typeName,
-                               HostValueRecord& record, const std::string& elementName,
-                               const SOAPParameter& enclosingParameter);
-void ConvertWrappedArrayOut(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
-                            const std::string& typeName, HostValueRecord& record,
-                            const std::string& elementName);
-void ConvertWrappedArrayIn(const SOAPParameter& parameter, IHostSession& session, HostObject proxy,
-                           const std::string& typeName, HostValueRecord& record,
-                           const std::string& elementName);
+// The context of one value: for an array, its items are named after the form's element name, in
+// a namespace that may be inherited from inheritFrom (the parameter itself, or the parent that
+// repeated elements stand under). The way in reads parameter and never writes through it.
+ConversionContext ValueContext(const ValueForm& form, const SOAPParameter& parameter,
+                               const SOAPParameter& inheritFrom, HostValueRecord& record,
+                               IHostSession& session, HostObject proxy);
+// The row that serves context.record: the declared type's (code), else its base type's. The
+// failure names the declared type, also when it was the base type that failed.
+const XmlDataTypeRow& RowServingRecord(const ConversionContext& context, XmlTypeCode code);
+// The row path of a value that isn't a host object: the row that serves it runs the operation of
+// the form's layout, record into parameter (ToWire) or parameter into record (FromWire).
+void RowToWire(const ValueForm& form, ConversionContext& context);
+void RowFromWire(const ValueForm& form, ConversionContext& context);
 
 }  // namespace tssoap

@@ -1,9 +1,8 @@
 // The drivers: the kind check with its base-type fallback, the mapping failure, the namespace the
 // type goes out in, the items' namespace, and the arrays made for a value of kind any.
-#include "types/type_drivers.h"
-
 #include <gtest/gtest.h>
 
+#include "call/value_drivers.h"
 #include "types_test_support.h"
 
 namespace tssoap {

@@ -1,4 +1,4 @@
-#include "composite/struct_objects.h"
+#include "call/struct_objects.h"
 
 #include <memory>
 #include <string>

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "common/server_process.h"
-#include "composite/address_types.h"
+#include "call/address_types.h"
 #include "testhost/testhost.h"
 
 namespace tssoap::test {

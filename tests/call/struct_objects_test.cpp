@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "call/address_types.h"
 #include "call/parameter_walker.h"
-#include "composite/address_types.h"
 #include "support/soap_vocabulary.h"
 #include "support/values/soap_exception.h"
 #include "testhost/testhost.h"
