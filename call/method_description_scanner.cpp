@@ -1,5 +1,7 @@
 #include "call/method_description_scanner.h"
 
+#include "support/ascii_chars.h"
+
 namespace tssoap {
 namespace {
 
@@ -26,11 +28,6 @@ constexpr std::string_view kStructKeywords[] = {
     "(", ")", ",", "[", "]", "=", "ElementName", "SoapElementName", "XMLElementName",
 };
 static_assert(std::size(kMethodKeywords) == 12 && std::size(kStructKeywords) == 9);
-
-// The C locale's white space, whatever locale the process has selected.
-constexpr bool IsWhiteSpace(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
-}
 
 // A token that reserves this much never reallocates for an ordinary description.
 constexpr size_t kTokenReserve = 100;
@@ -70,7 +67,7 @@ int16_t SoapScanner::NextToken() {
     const char c = *position_;
     switch (state) {
       case State::kSkip:
-        if (IsWhiteSpace(c)) break;
+        if (IsAsciiSpace(c)) break;
         token_.push_back(c);
         state = IsDelimiter(position_) ? State::kDelimiter : State::kWord;
         break;
@@ -78,7 +75,7 @@ int16_t SoapScanner::NextToken() {
         // The character behind the delimiter stays unread.
         return LookUpToken();
       case State::kWord:
-        if (IsWhiteSpace(c)) {
+        if (IsAsciiSpace(c)) {
           state = State::kWordDone;  // the white space is consumed
         } else if (IsDelimiter(position_)) {
           // The delimiter ends the word and stays unread for the next token.

@@ -25,7 +25,9 @@ std::string FormCredential(std::string_view userId, std::string_view password) {
 
 }  // namespace
 
-bool IsBlank(std::string_view text) { return text.find_first_not_of(' ') == std::string::npos; }
+bool IsSpacesOnly(std::string_view text) {
+  return text.find_first_not_of(' ') == std::string::npos;
+}
 
 void AddCredentials(std::string& serviceAddress, bool fromProxyVariable, std::string_view userId,
                     std::string_view password) {
@@ -52,10 +54,10 @@ void AddCredentials(std::string& serviceAddress, bool fromProxyVariable, std::st
 
 std::string ComposeProxyAddress(const ProxyServerAddress& server) {
   std::string address;
-  if (IsBlank(server.host)) return address;
-  address += IsBlank(server.scheme) ? kDefaultProxyScheme : server.scheme;
+  if (IsSpacesOnly(server.host)) return address;
+  address += IsSpacesOnly(server.scheme) ? kDefaultProxyScheme : server.scheme;
   address += kSchemeSeparator;
-  if (!IsBlank(server.userId)) {
+  if (!IsSpacesOnly(server.userId)) {
     address += server.userId;
     if (!server.password.empty()) {
       address += ':';
@@ -65,8 +67,8 @@ std::string ComposeProxyAddress(const ProxyServerAddress& server) {
   }
   address += server.host;
   address += ':';
-  address += IsBlank(server.port) ? kDefaultProxyPort : server.port;
-  if (!IsBlank(server.path)) {
+  address += IsSpacesOnly(server.port) ? kDefaultProxyPort : server.port;
+  if (!IsSpacesOnly(server.path)) {
     address += '/';
     address += server.path;
   }

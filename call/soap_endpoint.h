@@ -26,7 +26,7 @@ struct CallTarget {
 };
 
 // Empty, or blanks (" ") alone; other white space isn't blank.
-bool IsBlank(std::string_view text);
+bool IsSpacesOnly(std::string_view text);
 
 // Puts "userId[:password]@" into serviceAddress behind the first "//" (in front of the text when
 // it has none). An address that has a user part already keeps it when the application gave it

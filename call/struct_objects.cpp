@@ -156,19 +156,6 @@ HostValueRecord ReadObjectItem(IHostSession& session, HostArray array, int32_t i
   return item;
 }
 
-ConversionContext ItemContext(const ConversionContext& context, SOAPParameter& parameter,
-                              HostValueRecord& record) {
-  return ConversionContext{parameter,
-                           context.session,
-                           context.proxy,
-                           context.typeName,
-                           record,
-                           context.elementName,
-                           context.elementNamespace,
-                           context.parentParameter,
-                           nullptr};
-}
-
 }  // namespace
 
 HostClass StructClassOf(IHostSession& session, const std::string& typeName) {
@@ -222,7 +209,7 @@ void WriteObjectItems(ConversionContext& context, AddItemElementFn addItemElemen
   SharedDescription kept;
   for (int32_t index = 1; index <= items.Length(); ++index) {
     HostValueRecord item = ReadObjectItem(context.session, items.Array(), index);
-    ConversionContext itemContext = ItemContext(context, addItemElement(), item);
+    ConversionContext itemContext = context.ForItem(addItemElement(), item);
     WriteObject(itemContext, kept);
   }
 }
@@ -299,7 +286,7 @@ void RepeatedObjectsIn(ConversionContext& context) {
   SharedDescription kept;
   const auto readItem = [&](const SOAPParameter& child) {
     HostValueRecord item{};
-    ConversionContext itemContext = ItemContext(context, const_cast<SOAPParameter&>(child), item);
+    ConversionContext itemContext = context.ForItem(const_cast<SOAPParameter&>(child), item);
     ReadObject(itemContext, kept);
     ++index;
     session.SetObjectArrayItem(handle, &index, item.value.handle);

@@ -1,5 +1,6 @@
 #include "composite/soap_array_decoder.h"
 
+#include "support/ascii_chars.h"
 #include "support/soap_vocabulary.h"
 #include "support/values/soap_exception.h"
 #include "support/values/soap_text.h"
@@ -13,10 +14,6 @@ constexpr const char* kInvalidDimension = "Invalid value for array encoding tag 
 // A dimension number must be countable in 32 bits, signed or unsigned.
 constexpr int64_t kLowestDimension = INT32_MIN;
 constexpr int64_t kHighestDimension = UINT32_MAX;
-
-bool IsLeadingSpace(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
-}
 
 [[noreturn]] void RefuseDimension(const char* text, const char* attributeName) {
   throw SOAPException(kInvalidDimension, attributeName, text != nullptr ? text : "");
@@ -102,7 +99,7 @@ std::optional<int64_t> ParseDimension(const char* text, const char* attributeNam
   // Optional white space, an optional sign, decimal digits; with no digits the reading stops on
   // the character behind the "[", which is then never the "]".
   const char* start = p;
-  while (IsLeadingSpace(*p)) ++p;
+  while (IsAsciiSpace(*p)) ++p;
   bool negative = false;
   if (*p == '+' || *p == '-') negative = *p++ == '-';
   const char* digits = p;

@@ -13,7 +13,7 @@ namespace tssoap {
 namespace {
 
 // The character classes are the C runtime's in the current locale.
-bool IsBlank(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
+bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 bool IsDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
 bool IsLetter(char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; }
 bool IsKeyCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
@@ -106,7 +106,7 @@ OptionsOutcome Refuse(const char* at, std::string_view options, std::string reas
 }
 
 const char* SkipBlanks(const char* cursor, const char* end) {
-  while (cursor != end && IsBlank(*cursor)) ++cursor;
+  while (cursor != end && IsSpace(*cursor)) ++cursor;
   return cursor;
 }
 
@@ -176,7 +176,7 @@ OptionKeyResult ScanOptionKey(const char*& cursor, const char* end, std::string&
     char c = *cursor;
     switch (state) {
       case kBeforeKey:
-        if (IsBlank(c)) break;
+        if (IsSpace(c)) break;
         if (!IsKeyCharacter(c)) return kKeySyntaxError;
         key.push_back(Lower(c));
         state = kInKey;
@@ -186,7 +186,7 @@ OptionKeyResult ScanOptionKey(const char*& cursor, const char* end, std::string&
           key.push_back(Lower(c));
         } else if (c == '=') {
           state = kKeyDone;
-        } else if (IsBlank(c)) {
+        } else if (IsSpace(c)) {
           state = kAfterKey;
         } else {
           return kKeySyntaxError;
@@ -195,7 +195,7 @@ OptionKeyResult ScanOptionKey(const char*& cursor, const char* end, std::string&
       case kAfterKey:
         if (c == '=') {
           state = kKeyDone;
-        } else if (!IsBlank(c)) {
+        } else if (!IsSpace(c)) {
           return kKeySyntaxError;
         }
         break;
@@ -244,7 +244,7 @@ OptionValueKind ScanOptionValue(const char*& cursor, const char* end, std::strin
     char c = *cursor;
     switch (state) {
       case kBeforeValue:
-        if (IsBlank(c)) break;
+        if (IsSpace(c)) break;
         if (c == '"' || c == '\'') {
           closingQuote = c;
           state = kInQuotes;
@@ -268,7 +268,7 @@ OptionValueKind ScanOptionValue(const char*& cursor, const char* end, std::strin
       case kAfterQuotes:
         if (c == ',') {
           state = kQuotedDone;
-        } else if (!IsBlank(c)) {
+        } else if (!IsSpace(c)) {
           return kValueSyntaxError;
         }
         break;
@@ -278,7 +278,7 @@ OptionValueKind ScanOptionValue(const char*& cursor, const char* end, std::strin
           value.push_back(c);
         } else if (c == ',') {
           state = kNumberDone;
-        } else if (IsBlank(c)) {
+        } else if (IsSpace(c)) {
           state = kAfterNumber;
         } else {
           return kValueSyntaxError;
@@ -290,7 +290,7 @@ OptionValueKind ScanOptionValue(const char*& cursor, const char* end, std::strin
           value.push_back(c);
         } else if (c == ',') {
           state = kWordDone;
-        } else if (IsBlank(c)) {
+        } else if (IsSpace(c)) {
           state = kAfterWord;
         } else {
           return kValueSyntaxError;

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "support/name_mapping.h"
 #include "support/lower_case_text.h"
+#include "support/name_mapping.h"
 #include "support/values/soap_exception.h"
 
 namespace tssoap {
@@ -86,10 +86,13 @@ const char* ResolvePrefix(IHostSession& session, HostObject proxy, std::string_v
   return variable.state == VariableState::kFound ? variable.text : nullptr;
 }
 
-std::string GetLocalPart(std::string_view prefixedName) {
+std::string_view LocalPartOf(std::string_view prefixedName) {
   const size_t colon = prefixedName.find(':');
-  return std::string(colon == std::string_view::npos ? prefixedName
-                                                     : prefixedName.substr(colon + 1));
+  return colon == std::string_view::npos ? prefixedName : prefixedName.substr(colon + 1);
+}
+
+std::string GetLocalPart(std::string_view prefixedName) {
+  return std::string(LocalPartOf(prefixedName));
 }
 
 std::string GetBaseType(IHostSession& session, HostObject proxy, std::string_view typeName) {

@@ -32,6 +32,8 @@ const char* GetTargetNamespace(IHostSession& session, HostObject proxy);
 const char* ResolvePrefix(IHostSession& session, HostObject proxy, std::string_view prefixedName);
 // The text behind the first ":", or the whole name.
 std::string GetLocalPart(std::string_view prefixedName);
+// The same without a copy: a view into prefixedName.
+std::string_view LocalPartOf(std::string_view prefixedName);
 // The base type of a user type derived from a simple type: the text behind "base=" up to the next
 // "," in the type's description variable ("__" + ToHostClassName(typeName)); empty when there is
 // none, also when the proxy has no (non-null) description of the type.

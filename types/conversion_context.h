@@ -25,6 +25,12 @@ struct ConversionContext {
   SOAPParameter* parentParameter = nullptr;
   // The row whose operation runs (null on the object path).
   const XmlDataTypeRow* row = nullptr;
+
+  // The context of one array item: this one's type and row, on the item's element and record.
+  // An item is a single value: no item names, no parent.
+  ConversionContext ForItem(SOAPParameter& itemParameter, HostValueRecord& item) const {
+    return ConversionContext{itemParameter, session, proxy, typeName, item, {}, {}, nullptr, row};
+  }
 };
 
 }  // namespace tssoap

@@ -1,14 +1,12 @@
 #include "types/date_time_types.h"
 
+#include "support/ascii_chars.h"
 #include "support/values/soap_exception.h"
 #include "types/floating_types.h"
 
 namespace tssoap {
 
 namespace {
-
-bool IsBlank(char c) { return (c >= 9 && c <= 13) || c == 32; }
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // Scans a text field by field, as the C library's formatted scan reads a fixed format.
 class PartScanner {
@@ -17,7 +15,7 @@ class PartScanner {
 
   // "%<width>d": blanks, then at most width characters of sign and digits, one digit at least.
   bool Integer(int width, int16_t& part) {
-    while (IsBlank(*at_)) ++at_;
+    while (IsAsciiSpace(*at_)) ++at_;
     const char* start = at_;
     bool negative = false;
     if (*at_ == '+' || *at_ == '-') {
@@ -26,7 +24,7 @@ class PartScanner {
     }
     int value = 0;
     bool digits = false;
-    while (at_ - start < width && IsDigit(*at_)) {
+    while (at_ - start < width && IsAsciiDigit(*at_)) {
       value = value * 10 + (*at_ - '0');
       digits = true;
       ++at_;

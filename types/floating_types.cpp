@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "support/ascii_chars.h"
 #include "support/values/soap_exception.h"
 #include "types/integer_types.h"
 
@@ -48,27 +49,24 @@ bool EqualsIgnoringAsciiCase(const char* text, const char* word) {
   return *text == '\0' && *word == '\0';
 }
 
-bool IsBlank(char c) { return (c >= 9 && c <= 13) || c == 32; }
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
 // Length of the decimal number at the start of text, leading blanks included: an optional sign,
 // digits with an optional point (at least one digit), an optional exponent. 0 when there is none.
 size_t DecimalNumberLength(const char* text) {
   const char* at = text;
-  while (IsBlank(*at)) ++at;
+  while (IsAsciiSpace(*at)) ++at;
   if (*at == '+' || *at == '-') ++at;
   bool digits = false;
-  while (IsDigit(*at)) ++at, digits = true;
+  while (IsAsciiDigit(*at)) ++at, digits = true;
   if (*at == '.') {
     ++at;
-    while (IsDigit(*at)) ++at, digits = true;
+    while (IsAsciiDigit(*at)) ++at, digits = true;
   }
   if (!digits) return 0;
   if (*at == 'e' || *at == 'E') {
     const char* exponent = at + 1;
     if (*exponent == '+' || *exponent == '-') ++exponent;
-    if (IsDigit(*exponent)) {
-      while (IsDigit(*exponent)) ++exponent;
+    if (IsAsciiDigit(*exponent)) {
+      while (IsAsciiDigit(*exponent)) ++exponent;
       at = exponent;
     }
   }
@@ -184,7 +182,7 @@ double ParseXmlDouble(const char* text) {
   const double number = StringToDoubleC(text, &stop);
   const bool outOfRange = errno == ERANGE;
   const char* at = stop;
-  while (IsBlank(*at)) ++at;
+  while (IsAsciiSpace(*at)) ++at;
   // The test comes behind the skip: blanks alone read as 0.0, an empty text fails.
   if (at == text || *at != '\0') {
     throw SOAPException("Could not convert string to floating point: '%s'", text);

@@ -14,7 +14,7 @@ void ThrowInvalidNumberFormat(const char* text) {
 namespace {
 
 int DigitValue(char c) {
-  if (!decimal_text_detail::IsDigit(c)) throw SOAPException("Invalid nuber format");
+  if (!IsAsciiDigit(c)) throw SOAPException("Invalid nuber format");
   return c - '0';
 }
 

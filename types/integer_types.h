@@ -8,6 +8,7 @@
 #include <string>
 
 #include "host/host_interfaces.h"
+#include "support/ascii_chars.h"
 #include "types/xml_data_type_table.h"
 
 namespace tssoap {
@@ -83,16 +84,10 @@ extern const IntegerRowConversion kPositiveIntegerConversion;
 // The scanner is constexpr so that the bound constants are built by the compiler.
 
 namespace decimal_text_detail {
-constexpr bool IsBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
-}
-constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 inline constexpr int32_t kMaxDigitCount = 32767;
 }  // namespace decimal_text_detail
 
 constexpr DecimalText::DecimalText(const char* text) {
-  using decimal_text_detail::IsBlank;
-  using decimal_text_detail::IsDigit;
   const char* scanned = text != nullptr ? text : "";
   // Counts run wide while scanning so that leading and trailing zeros never overflow them.
   int32_t integerCount = 0;
@@ -105,11 +100,11 @@ constexpr DecimalText::DecimalText(const char* text) {
     switch (state) {
       case 0:  // start
       case 1:  // behind the sign
-        if (state == 0 && IsBlank(c)) {
+        if (state == 0 && IsAsciiSpace(c)) {
         } else if (state == 0 && (c == '+' || c == '-')) {
           if (c == '-') negative = 1;
           state = 1;
-        } else if (IsDigit(c)) {
+        } else if (IsAsciiDigit(c)) {
           integerCount = 1;
           integerDigits = at;
           seen = true;
@@ -121,9 +116,9 @@ constexpr DecimalText::DecimalText(const char* text) {
         }
         break;
       case 2:  // integer digits
-        if (IsBlank(c)) {
+        if (IsAsciiSpace(c)) {
           state = 4;
-        } else if (IsDigit(c)) {
+        } else if (IsAsciiDigit(c)) {
           ++integerCount;
         } else if (c == '.') {
           seen = false;
@@ -133,7 +128,7 @@ constexpr DecimalText::DecimalText(const char* text) {
         }
         break;
       case 3:  // behind the point
-        if (IsDigit(c)) {
+        if (IsAsciiDigit(c)) {
           fractionCount = 1;
           fractionDigits = at;
           seen = true;
@@ -143,12 +138,12 @@ constexpr DecimalText::DecimalText(const char* text) {
         }
         break;
       case 4:  // trailing blanks
-        accepted = IsBlank(c);
+        accepted = IsAsciiSpace(c);
         break;
       case 5:  // fraction digits
-        if (IsBlank(c)) {
+        if (IsAsciiSpace(c)) {
           state = 4;
-        } else if (IsDigit(c)) {
+        } else if (IsAsciiDigit(c)) {
           ++fractionCount;
         } else {
           accepted = false;

@@ -15,13 +15,6 @@ namespace {
 
 constexpr const char* kBoundedArray = "SoapClient Error: Can't support Bounded array";
 
-// A context for one array item: the operation's own, on another element and record.
-ConversionContext ItemContext(const ConversionContext& context, SOAPParameter& parameter,
-                              HostValueRecord& item) {
-  return ConversionContext{parameter, context.session, context.proxy, context.typeName, item, {},
-                           {},        nullptr,         context.row};
-}
-
 // The temporary record of an array item: all zero but the null flag and the value as read.
 HostValueRecord ReadItem(const ConversionContext& context, HostArray array, int32_t index) {
   HostValueRecord item{};
@@ -88,7 +81,7 @@ void EncodedArrayOut(ConversionContext& context) {
   if (items.Length() > 0) array.items.Reserve(static_cast<uint32_t>(items.Length()));
   // One item context for all items: only its record changes.
   HostValueRecord item{};
-  ConversionContext itemContext = ItemContext(context, context.parameter, item);
+  ConversionContext itemContext = context.ForItem(context.parameter, item);
   const ToXmlTextFn toXmlText = context.row->conversion->toXmlText;
   for (int32_t index = 1; index <= items.Length(); ++index) {
     item = ReadItem(context, items.Array(), index);
@@ -113,7 +106,7 @@ void EncodedArrayIn(ConversionContext& context) {
   info.RefuseBounded(kBoundedArray);
   int32_t index = 0;
   HostValueRecord item{};
-  ConversionContext itemContext = ItemContext(context, context.parameter, item);
+  ConversionContext itemContext = context.ForItem(context.parameter, item);
   const FromXmlTextFn fromXmlText = context.row->conversion->fromXmlText;
   for (const XmlValueText& value : array.items) {
     ++index;
@@ -134,7 +127,7 @@ void RepeatedOut(ConversionContext& context) {
   const char* ns = parent.GetName().GetNamespace().Str();
   for (int32_t index = 1; index <= items.Length(); ++index) {
     HostValueRecord item = ReadItem(context, items.Array(), index);
-    ConversionContext itemContext = ItemContext(context, AddItemElement(parent, name, ns), item);
+    ConversionContext itemContext = context.ForItem(AddItemElement(parent, name, ns), item);
     ScalarOut(itemContext);
   }
 }
@@ -148,7 +141,7 @@ void RepeatedIn(ConversionContext& context) {
   ForEachRepeatedElement(parent, context.parameter.GetName(), [&](const SOAPParameter& child) {
     HostValueRecord item{};
     // The way in reads the element and never writes through it.
-    ConversionContext itemContext = ItemContext(context, const_cast<SOAPParameter&>(child), item);
+    ConversionContext itemContext = context.ForItem(const_cast<SOAPParameter&>(child), item);
     ScalarIn(itemContext);
     WriteItem(context, handle, ++index, item);
   });
@@ -162,7 +155,7 @@ void WrappedOut(ConversionContext& context) {
     // Unlike an encoded array, each item carries its xsi:type and the items' namespace.
     SOAPParameter& element = AddItemElement(context.parameter, context.elementName.c_str(),
                                             context.elementNamespace.c_str());
-    ConversionContext itemContext = ItemContext(context, element, item);
+    ConversionContext itemContext = context.ForItem(element, item);
     ScalarOut(itemContext);
   }
 }

@@ -77,14 +77,8 @@ DeclaredType::DeclaredType(IHostSession& session, HostObject proxy, std::string 
   const char* prefixNamespace = ResolvePrefix(session, proxy, name);
   hasNamespace = prefixNamespace != nullptr;
   if (hasNamespace) ns = prefixNamespace;
-  // The local part as GetLocalPart cuts it; no namespace matches no row.
-  if (!name.empty()) {
-    const size_t colon = name.find(':');
-    const std::string_view localName = colon == std::string::npos
-                                           ? std::string_view(name)
-                                           : std::string_view(name).substr(colon + 1);
-    code = FindXmlType(localName, prefixNamespace);
-  }
+  // No namespace matches no row.
+  if (!name.empty()) code = FindXmlType(LocalPartOf(name), prefixNamespace);
 }
 
 void ThrowMappingFailure(const std::string& typeName) {

@@ -91,13 +91,9 @@ XmlTypeCode FindXmlType(std::string_view localName, const char* ns) {
 
 XmlTypeCode LookupXmlType(IHostSession& session, HostObject proxy, std::string_view typeName) {
   if (typeName.empty()) return kNoXmlType;
-  // The local part as GetLocalPart cuts it, without making a copy.
-  const size_t colon = typeName.find(':');
-  const std::string_view localName =
-      colon == std::string_view::npos ? typeName : typeName.substr(colon + 1);
   // A name without a prefix has no namespace, and no namespace matches none.
   const char* ns = ResolvePrefix(session, proxy, typeName);
-  return FindXmlType(localName, ns);
+  return FindXmlType(LocalPartOf(typeName), ns);
 }
 
 }  // namespace tssoap
