@@ -271,4 +271,18 @@ void ParameterWalker::ReceiveField(const SOAPParameter& element, const StructFie
   WriteHostField(session_, instance, record, field.hostName);
 }
 
+void ParameterWalker::DispatchOut(SOAPParameter& parameter, const std::string& typeName,
+                                  HostValueRecord& record, ArrayStyle arrayStyle,
+                                  const std::string& elementName, SOAPParameter& parent) {
+  const ValueForm form{DeclaredType(session_, proxy_, typeName), arrayStyle, elementName};
+  ConvertToWire(form, parameter, parent, record, session_, proxy_);
+}
+
+void ParameterWalker::DispatchIn(const SOAPParameter& parameter, const std::string& typeName,
+                                 HostValueRecord& record, ArrayStyle arrayStyle,
+                                 const std::string& elementName, const SOAPParameter& enclosing) {
+  const ValueForm form{DeclaredType(session_, proxy_, typeName), arrayStyle, elementName};
+  ConvertFromWire(form, parameter, enclosing, record, session_, proxy_);
+}
+
 }  // namespace tssoap

@@ -63,6 +63,15 @@ class ParameterWalker {
   int16_t ReceiveOne(const SOAPParameter& response, SoapMethodScanner& scanner,
                      HostValueRecord& record, bool isReturn);
 
+  // One value by its declared type name and array block, the way the walks send and receive it.
+  // parent: the element that repeated elements are added to; enclosing: the element in which
+  // repeated elements are looked for.
+  void DispatchOut(SOAPParameter& parameter, const std::string& typeName, HostValueRecord& record,
+                   ArrayStyle arrayStyle, const std::string& elementName, SOAPParameter& parent);
+  void DispatchIn(const SOAPParameter& parameter, const std::string& typeName,
+                  HostValueRecord& record, ArrayStyle arrayStyle, const std::string& elementName,
+                  const SOAPParameter& enclosing);
+
  private:
   void SendValue(SOAPParameter& parent, const std::string& name, const ValueForm& form,
                  HostValueRecord& record);

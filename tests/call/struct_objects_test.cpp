@@ -97,10 +97,6 @@ class StructObjectsTest : public ::testing::Test {
     return ObjectRecord(runtime_.MakeArray(Value::ObjectArray("ns__phone", items, bounded)), true);
   }
 
-  ValueForm Form(const char* typeName, ArrayStyle style, const char* elementName) {
-    return ValueForm{DeclaredType(runtime_, proxy_, typeName), style, elementName};
-  }
-
   // Sends one value the way the request walk does: a child of the method named name (or, for
   // repeated elements, a free-standing element that only carries the name).
   void Send(const char* name, const char* typeName, HostValueRecord record,
@@ -108,14 +104,15 @@ class StructObjectsTest : public ::testing::Test {
     SOAPParameter nameOnly;
     SOAPParameter& child = style == kRepeatedElements ? nameOnly : method_.AddParameter("");
     child.SetName(name, kShop);
-    ConvertToWire(Form(typeName, style, elementName), child, method_, record, runtime_, proxy_);
+    ParameterWalker(proxy_, runtime_)
+        .DispatchOut(child, typeName, record, style, elementName, method_);
   }
 
   // Reads the element named name of the response into record, the way the response walk does.
   void Receive(const char* name, const char* typeName, HostValueRecord& record,
                ArrayStyle style = kScalar) {
-    ConvertFromWire(Form(typeName, style, "item"), response_.GetParameter(name), response_, record,
-                    runtime_, proxy_);
+    ParameterWalker(proxy_, runtime_)
+        .DispatchIn(response_.GetParameter(name), typeName, record, style, "item", response_);
   }
 
   static std::string Message(const std::function<void()>& action) {
