@@ -14,6 +14,7 @@
 #include "tools/tssoap/message_text.h"
 #include "tools/tssoap/proxy_file.h"
 #include "tools/tssoap/proxy_session.h"
+#include "tools/tssoap/wsdl_proxy_writer.h"
 
 namespace tssoap::cli {
 namespace {
@@ -33,6 +34,7 @@ Usage:
   tssoap call PROXYFILE FUNCTION [ARG ...] [OPTIONS]
   tssoap describe PROXYFILE
   tssoap demo [--wire]
+  tssoap generate WSDL [--service NAME] [--port NAME] [-o FILE]
   tssoap --help
 
 call: calls FUNCTION of the proxy class of PROXYFILE with one ARG per parameter, in order, each
@@ -53,6 +55,10 @@ signatures and method descriptions.
 
 demo: starts the bundled sample service on 127.0.0.1 on an ephemeral port, prints a transcript
 of calls through the extension, and stops the service. --wire adds each request and response.
+
+generate: reads a WSDL 1.1 document (a file or an http(s) address) with its schemas and writes
+a proxy file for one SOAP 1.1 port of it (the first, or --service and --port) to FILE or stdout.
+What the extension can't carry is left out with a warning on stderr that names its place.
 
 Arguments and results, JSON by host type:
   int uint long ulong   numbers: 5, -12
@@ -268,7 +274,8 @@ CommandLine CommandLine::Parse(const std::vector<std::string>& arguments) {
     return line;
   }
   if (command != "call" && command != "describe" && command != "demo") {
-    throw UsageError("unknown command \"" + command + "\" (commands: call, describe, demo)");
+    throw UsageError("unknown command \"" + command +
+                     "\" (commands: call, describe, demo, generate)");
   }
   line.command = command;
   bool optionsEnded = false;
@@ -324,6 +331,9 @@ const char* HelpText() { return kHelp; }
 int RunCommandLine(const std::vector<std::string>& arguments, const ToolPaths& paths,
                    std::ostream& out, std::ostream& err) {
   try {
+    if (!arguments.empty() && arguments[0] == "generate") {
+      return RunGenerate({arguments.begin() + 1, arguments.end()}, out, err);
+    }
     CommandLine line = CommandLine::Parse(arguments);
     if (line.command == "help") {
       out << kHelp;
