@@ -7,6 +7,7 @@
 #include <ostream>
 #include <set>
 #include <sstream>
+#include <utility>
 
 #include "composite/name_mapping.h"
 #include "support/lower_case_text.h"
@@ -80,6 +81,28 @@ struct WsdlIndex {
   }
 };
 
+// The file laid out as a person would write it: one line per variable, structure and function.
+std::string FormatProxyFile(const std::string& className, const Json& variables,
+                            const Json& structures, const Json& functions) {
+  std::string text = "{\n  \"class\": " + DumpJson(className) + ",\n  \"variables\": {";
+  auto member = [&text](const std::string& key, const Json& value, bool first) {
+    text += std::string(first ? "\n" : ",\n") + "    " + DumpJson(key) + ": " + DumpJson(value);
+  };
+  bool first = true;
+  for (const auto& [name, value] : variables.items())
+    member(name, value, std::exchange(first, false));
+  text += "\n  },\n  \"structures\": {";
+  first = true;
+  for (const auto& [name, fields] : structures.items())
+    member(name, fields, std::exchange(first, false));
+  text += std::string(structures.empty() ? "" : "\n  ") + "},\n  \"functions\": [";
+  first = true;
+  for (const Json& function : functions) {
+    text += std::string(std::exchange(first, false) ? "\n    " : ",\n    ") + DumpJson(function);
+  }
+  return text + (functions.empty() ? "" : "\n  ") + "]\n}\n";
+}
+
 // A parameter of an operation: a part (rpc) or an element of the wrapper (document).
 struct OperationParameter {
   SchemaMember member;
@@ -135,12 +158,7 @@ class ProxyWriter {
     for (const auto& [ns, prefix] : prefixes_) variables[prefix] = ns;
     for (const auto& [name, description] : descriptions.items()) variables[name] = description;
 
-    Json file = Json::object();
-    file["class"] = className;
-    file["variables"] = std::move(variables);
-    file["structures"] = std::move(structures);
-    file["functions"] = std::move(functions);
-    return file.dump(2) + "\n";
+    return FormatProxyFile(className, variables, structures, functions);
   }
 
  private:
