@@ -46,6 +46,8 @@ ToolRun RunTssoap(const std::vector<std::string>& arguments) {
   return {status, out.str(), err.str()};
 }
 
+std::string DumpJsonText(const Json& json) { return json.dump(); }
+
 std::string TempPath(const std::string& name) {
   return ::testing::TempDir() + "wsdl-" + std::to_string(getpid()) + "-" + name;
 }
@@ -382,6 +384,147 @@ TEST_F(WsdlGenerateTest, AWsdlFromAnAddressBringsItsImportsFromBesideIt) {
   EXPECT_EQ(missing.err.rfind("tssoap: " + server.Url("/wsdl/none.wsdl") + ": can't fetch it: ", 0),
             0u)
       << missing.err;
+}
+
+// One rpc operation f(p) of the type under test, in a schema of the namespace urn:t.
+std::string OneTypeWsdl(const std::string& schemaAttributes, const std::string& schema,
+                        const std::string& partType) {
+  return R"(<definitions xmlns="http://schemas.xmlsoap.org/wsdl/" xmlns:tns="urn:t"
+    xmlns:xsd="http://www.w3.org/2001/XMLSchema" xmlns:wsdl="http://schemas.xmlsoap.org/wsdl/"
+    xmlns:soapenc="http://schemas.xmlsoap.org/soap/encoding/"
+    xmlns:soap="http://schemas.xmlsoap.org/wsdl/soap/" targetNamespace="urn:t">
+  <types><xsd:schema targetNamespace="urn:t" )" +
+         schemaAttributes + ">" + schema + R"(</xsd:schema></types>
+  <message name="f"><part name="p" type=")" +
+         partType + R"("/></message>
+  <portType name="P"><operation name="f"><input message="tns:f"/></operation></portType>
+  <binding name="B" type="tns:P"><soap:binding style="rpc"/>
+    <operation name="f"><input><soap:body use="literal" namespace="urn:t"/></input></operation>
+  </binding>
+  <service name="S"><port name="Q" binding="tns:B"><soap:address location="http://h/"/></port></service>
+</definitions>)";
+}
+
+TEST(WsdlSchemaMappingTest, EachSchemaConstructTravelsInTheFormTheExtensionReads) {
+  const struct {
+    const char* schemaAttributes;
+    const char* schema;
+    const char* partType;
+    const char* parameter;  // the function's parameter, as the file writes it
+    const char* description;
+    std::vector<std::pair<std::string, std::string>> variables;  // "__" descriptions
+    const char* structures;
+  } cases[] = {
+      // An extension carries its base's fields first.
+      {"",
+       R"(<xsd:complexType name="Base"><xsd:sequence><xsd:element name="a" type="xsd:string"/>
+       </xsd:sequence></xsd:complexType>
+       <xsd:complexType name="T"><xsd:complexContent><xsd:extension base="tns:Base"><xsd:sequence>
+       <xsd:element name="b" type="xsd:int"/></xsd:sequence></xsd:extension></xsd:complexContent>
+       </xsd:complexType>)",
+       "tns:T",
+       R"({"name":"p","type":"tns__t"})",
+       "f([in] tns:T p)@urn:t",
+       {{"__tns__t", "T(xsd:string a, xsd:int b)@tns"}},
+       R"({"tns__t":{"a":"string","b":"long"}})"},
+      // Simple types restricted from XML Schema types (in a chain) travel as their base; lists
+      // as their text; SOAP-ENC's simple types as XML Schema's.
+      {"",
+       R"(<xsd:simpleType name="S1"><xsd:restriction base="xsd:short"/></xsd:simpleType>
+       <xsd:simpleType name="S2"><xsd:restriction base="tns:S1"><xsd:maxInclusive value="9"/>
+       </xsd:restriction></xsd:simpleType>)",
+       "tns:S2",
+       R"({"name":"p","type":"int"})",
+       "f([in] xsd:short p)@urn:t",
+       {},
+       "{}"},
+      {"",
+       R"(<xsd:simpleType name="L"><xsd:list itemType="xsd:int"/></xsd:simpleType>)",
+       "tns:L",
+       R"({"name":"p","type":"string"})",
+       "f([in] xsd:string p)@urn:t",
+       {},
+       "{}"},
+      {"",
+       "",
+       "soapenc:base64",
+       R"({"name":"p","type":"blob"})",
+       "f([in] xsd:base64Binary p)@urn:t",
+       {},
+       "{}"},
+      // Element and group references, and an anonymous type named after its element.
+      {"",
+       R"(<xsd:element name="g" type="xsd:string"/>
+       <xsd:group name="G"><xsd:sequence><xsd:element name="c" type="xsd:boolean"/></xsd:sequence>
+       </xsd:group>
+       <xsd:complexType name="T"><xsd:sequence><xsd:element ref="tns:g"/><xsd:group ref="tns:G"/>
+       <xsd:element name="inner" nillable="true" minOccurs="0"><xsd:complexType><xsd:sequence>
+       <xsd:element name="x" type="xsd:int"/></xsd:sequence></xsd:complexType></xsd:element>
+       </xsd:sequence></xsd:complexType>)",
+       "tns:T",
+       R"({"name":"p","type":"tns__t"})",
+       "f([in] tns:T p)@urn:t",
+       {{"__tns__inner", "inner(xsd:int x)@tns"},
+        {"__tns__t", "T(xsd:string g, xsd:boolean c, tns:inner inner)@tns"}},
+       R"({"tns__inner":{"x":"long"},"tns__t":{"g":"string","c":"boolean","inner":"tns__inner"}})"},
+      // A type that contains itself (and a field named by a reserved word: next).
+      {"",
+       R"(<xsd:complexType name="Node"><xsd:sequence><xsd:element name="value" type="xsd:int"/>
+       <xsd:element name="next" type="tns:Node" minOccurs="0"/></xsd:sequence></xsd:complexType>)",
+       "tns:Node",
+       R"({"name":"p","type":"tns__node"})",
+       "f([in] tns:Node p)@urn:t",
+       {{"__tns__node", "Node(xsd:int value, tns:Node next)@tns"}},
+       R"({"tns__node":{"value":"long","ws_next":"tns__node"}})"},
+      // Nothing but repeated items: a wrapped array, its items in the schema's namespace when
+      // elements are qualified.
+      {R"(elementFormDefault="qualified")",
+       R"(<xsd:complexType name="A"><xsd:sequence><xsd:element name="item" type="xsd:string"
+       maxOccurs="unbounded"/></xsd:sequence></xsd:complexType>)",
+       "tns:A",
+       R"({"name":"p","type":"string[]"})",
+       "f([in] xsd:string[ElementName=tns:item] p)@urn:t",
+       {},
+       "{}"},
+      {"",
+       R"(<xsd:complexType name="A"><xsd:sequence><xsd:element name="item" type="xsd:string"
+       maxOccurs="unbounded"/></xsd:sequence></xsd:complexType>)",
+       "tns:A",
+       R"({"name":"p","type":"string[]"})",
+       "f([in] xsd:string[ElementName=item] p)@urn:t",
+       {},
+       "{}"},
+      // Repeated structures beside another field; field names that are reserved words of the
+      // host get "ws_" there and keep their names on the wire.
+      {"",
+       R"(<xsd:complexType name="R"><xsd:sequence><xsd:element name="End" type="xsd:int"/>
+       </xsd:sequence></xsd:complexType>
+       <xsd:complexType name="T"><xsd:sequence><xsd:element name="type" type="xsd:string"/>
+       <xsd:element name="rows" type="tns:R" maxOccurs="9"/></xsd:sequence></xsd:complexType>)",
+       "tns:T",
+       R"({"name":"p","type":"tns__t"})",
+       "f([in] tns:T p)@urn:t",
+       {{"__tns__r", "R(xsd:int End)@tns"}, {"__tns__t", "T(xsd:string type, tns:R[] rows)@tns"}},
+       R"({"tns__r":{"ws_end":"long"},"tns__t":{"ws_type":"string","rows":"tns__r[]"}})"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.schema);
+    std::string wsdl =
+        WriteTemp("one-type.wsdl", OneTypeWsdl(c.schemaAttributes, c.schema, c.partType));
+    cli::GeneratedProxy generated = cli::GenerateProxy({wsdl, std::nullopt, std::nullopt});
+    EXPECT_TRUE(generated.warnings.empty()) << ::testing::PrintToString(generated.warnings);
+    Json file = Json::parse(generated.text);
+    ASSERT_EQ(file["functions"].size(), 1u) << generated.text;
+    EXPECT_EQ(DumpJsonText(file["functions"][0]["parameters"][0]), c.parameter);
+    EXPECT_EQ(file["functions"][0]["description"], c.description);
+    std::vector<std::pair<std::string, std::string>> variables;
+    for (const auto& [name, value] : file["variables"].items()) {
+      if (name.rfind("__", 0) == 0) variables.emplace_back(name, value);
+    }
+    EXPECT_EQ(variables, c.variables);
+    EXPECT_EQ(DumpJsonText(file["structures"]), c.structures);
+    std::remove(wsdl.c_str());
+  }
 }
 
 }  // namespace
