@@ -326,7 +326,8 @@ TEST_F(WsdlGenerateTest, BadInputEndsInOneClearLine) {
       {{"generate", kDotNet, kAxis}, "tssoap: generate takes WSDL"},
       {{"generate", kDotNet, "--colour", "red"}, "tssoap: unknown option --colour of generate"},
       {{"generate", kDotNet, "-o"}, "tssoap: -o needs a value"},
-      {{"generate", kWsdlDir + "none.wsdl"}, "tssoap: " + kWsdlDir + "none.wsdl: can't open it: "},
+      {{"generate", kWsdlDir + "none.wsdl"},
+       "tssoap: " + kWsdlDir + "none.wsdl: can't open the service description: "},
       {{"generate", TSSOAP_SOURCE_DIR "/tests/tools/wsdl_generate_test.cpp"},
        "tssoap: " TSSOAP_SOURCE_DIR "/tests/tools/wsdl_generate_test.cpp:1: not a readable XML "
        "document: not well-formed (invalid token)"},
@@ -338,7 +339,7 @@ TEST_F(WsdlGenerateTest, BadInputEndsInOneClearLine) {
            "declares entities"},
       {{"generate", missingImport},
        "tssoap: " + missingImport + ":2: imports " + ::testing::TempDir() +
-           "no-such-file.wsdl: can't open it"},
+           "no-such-file.wsdl: can't open the service description"},
       {{"generate", kDotNet, "--service", "Nope"},
        "tssoap: " + kDotNet + ": no service named Nope (services: DotNetService)"},
       {{"generate", kDotNet, "--port", "Nope"},

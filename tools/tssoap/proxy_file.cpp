@@ -1,12 +1,9 @@
 #include "tools/tssoap/proxy_file.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <initializer_list>
-#include <memory>
 #include <nlohmann/json.hpp>
 
+#include "tools/tssoap/file_text.h"
 #include "tools/tssoap/message_text.h"
 
 namespace tssoap::cli {
@@ -60,24 +57,6 @@ std::string Pointer(const std::string& parent, std::string_view key) {
 
 std::string Pointer(const std::string& parent, size_t index) {
   return parent + "/" + std::to_string(index);
-}
-
-std::string ReadWholeFile(const std::string& path) {
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-  if (!file) throw ProxyFileError(path + ": can't open the proxy file: " + std::strerror(errno));
-  std::string text;
-  char buffer[65536];
-  size_t got;
-  while ((got = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) {
-    text.append(buffer, got);
-    if (text.size() > kMaxFileBytes) {
-      throw ProxyFileError(path + ": larger than 16 MiB, which is no proxy file");
-    }
-  }
-  if (std::ferror(file.get())) {
-    throw ProxyFileError(path + ": can't read the proxy file: " + std::strerror(errno));
-  }
-  return text;
 }
 
 // Walks the parsed document; the first problem ends the walk with a ProxyFileError.
@@ -367,7 +346,9 @@ std::optional<DescriptionShape> ReadDescriptionShape(std::string_view descriptio
   return std::nullopt;
 }
 
-ProxyFile ProxyFile::Load(const std::string& path) { return Parse(ReadWholeFile(path), path); }
+ProxyFile ProxyFile::Load(const std::string& path) {
+  return Parse(ReadCappedFile<ProxyFileError>(path, kMaxFileBytes, "proxy file"), path);
+}
 
 ProxyFile ProxyFile::Parse(std::string_view text, const std::string& path) {
   Json root;

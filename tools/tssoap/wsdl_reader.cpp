@@ -3,9 +3,7 @@
 #include <curl/curl.h>
 #include <expat.h>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include "tools/tssoap/file_text.h"
 
 namespace tssoap::cli {
 namespace {
@@ -141,22 +139,6 @@ std::string FetchAddress(const std::string& address) {
   return text;
 }
 
-std::string ReadFile(const std::string& path) {
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-  if (!file) throw WsdlError(path + ": can't open it: " + std::strerror(errno));
-  std::string text;
-  char buffer[65536];
-  size_t got;
-  while ((got = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) {
-    text.append(buffer, got);
-    if (text.size() > kMaxDocumentBytes) {
-      throw WsdlError(path + ": larger than 16 MiB, which is no service description");
-    }
-  }
-  if (std::ferror(file.get())) throw WsdlError(path + ": can't read it: " + std::strerror(errno));
-  return text;
-}
-
 std::string ResolveAddress(const std::string& base, const std::string& location) {
   std::unique_ptr<CURLU, void (*)(CURLU*)> url(curl_url(), curl_url_cleanup);
   char* resolved = nullptr;
@@ -244,7 +226,9 @@ std::unique_ptr<XmlElement> ParseXmlDocument(std::string_view text, const std::s
 }
 
 std::string FetchDocument(const std::string& location) {
-  return IsAddress(location) ? FetchAddress(location) : ReadFile(location);
+  return IsAddress(location)
+             ? FetchAddress(location)
+             : ReadCappedFile<WsdlError>(location, kMaxDocumentBytes, "service description");
 }
 
 std::string ResolveLocation(const std::string& base, const std::string& location) {
