@@ -15,7 +15,7 @@
 //gsoap ns service style:     rpc
 //gsoap ns service encoding:  encoded
 //gsoap ns service namespace: urn:tssoap-sample
-//gsoap ns service location:  http://127.0.0.1/sample
+//gsoap ns service location:  http://127.0.0.1:8080/sample
 //gsoap ns schema namespace:  urn:tssoap-sample
 // clang-format on
 
