@@ -271,13 +271,20 @@ TEST_F(WsdlGenerateTest, GeneratedProxiesCallTheirServicesUnchanged) {
 TEST_F(WsdlGenerateTest, WarningsNameThePlaceOfWhatIsLeftOutAndTheRestIsWritten) {
   const struct {
     const std::string& wsdl;
+    std::optional<std::string> port;
     std::vector<std::string> functions;
     std::vector<std::string> warnings;  // each the start of one warning behind the file name
   } cases[] = {
-      {kDotNet, {"echostring", "divide", "echonames", "echoperson", "getpeople", "sum"}, {}},
-      {kAxis, {"getitems", "totalquantity", "reversetags"}, {}},
-      {kRpcLiteral, {"concat", "movepoint", "reverse"}, {}},
+      // The SOAP 1.1 port, unless the SOAP 1.2 one is asked for.
+      {kDotNet, {}, {"echostring", "divide", "echonames", "echoperson", "getpeople", "sum"}, {}},
+      {kDotNet,
+       "DotNetServiceSoap12",
+       {},
+       {":187: a SOAP 1.2 binding, which the extension can't use"}},
+      {kAxis, {}, {"getitems", "totalquantity", "reversetags"}, {}},
+      {kRpcLiteral, {}, {"concat", "movepoint", "reverse"}, {}},
       {kUnmappable,
+       {},
        {"concat", "describeshape"},
        {":88: a SOAP header can't be mapped", ":16: a choice can't be mapped",
         ":20: any content (xsd:any) can't be mapped", ":22: the attribute id is left out",
@@ -287,11 +294,11 @@ TEST_F(WsdlGenerateTest, WarningsNameThePlaceOfWhatIsLeftOutAndTheRestIsWritten)
         ":99: the operation sumMatrix is left out",
         ":34: the array of arrays xsd:int[][] can't be mapped",
         ":103: the operation sumJagged is left out"}},
-      {kSoap12Only, {}, {":10: a SOAP 1.2 binding, which the extension can't use"}},
+      {kSoap12Only, {}, {}, {":10: a SOAP 1.2 binding, which the extension can't use"}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.wsdl);
-    cli::GeneratedProxy generated = cli::GenerateProxy({c.wsdl, std::nullopt, std::nullopt});
+    cli::GeneratedProxy generated = cli::GenerateProxy({c.wsdl, std::nullopt, c.port});
     std::vector<std::string> functions;
     Json file = Json::parse(generated.text);
     for (const Json& function : file["functions"]) {
