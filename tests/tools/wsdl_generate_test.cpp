@@ -370,6 +370,25 @@ TEST_F(WsdlGenerateTest, BadInputEndsInOneClearLine) {
   std::remove(entities.c_str());
 }
 
+TEST_F(WsdlGenerateTest, ImportsThatGoRoundAreReadOnce) {
+  // a imports b and b imports a, each under another spelling of the other's name.
+  const std::string a =
+      WriteTemp("round-a.wsdl", R"(<definitions
+      xmlns="http://schemas.xmlsoap.org/wsdl/" targetNamespace="urn:round">
+    <import namespace="urn:round" location="./wsdl-)" +
+                                    std::to_string(getpid()) + R"(-round-b.wsdl"/></definitions>)");
+  const std::string b = WriteTemp("round-b.wsdl", R"(<definitions
+      xmlns="http://schemas.xmlsoap.org/wsdl/" targetNamespace="urn:round">
+    <import namespace="urn:round" location="../)" + ::testing::TempDir().substr(1) +
+                                                      "wsdl-" + std::to_string(getpid()) +
+                                                      R"(-round-a.wsdl"/></definitions>)");
+  ToolRun run = RunTssoap({"generate", a});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err, "tssoap: " + a + ": the WSDL has neither a service nor a SOAP 1.1 binding\n");
+  std::remove(a.c_str());
+  std::remove(b.c_str());
+}
+
 TEST_F(WsdlGenerateTest, AWsdlFromAnAddressBringsItsImportsFromBesideIt) {
   LoopbackHttpServer server([](HttpConnection& connection, const HttpRequest& request) {
     std::string path = kWsdlDir + request.target.substr(request.target.rfind('/') + 1);

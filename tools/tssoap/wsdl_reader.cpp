@@ -3,6 +3,8 @@
 #include <curl/curl.h>
 #include <expat.h>
 
+#include <filesystem>
+
 #include "tools/tssoap/file_text.h"
 
 namespace tssoap::cli {
@@ -11,6 +13,7 @@ namespace {
 // Service descriptions are kilobytes to a few megabytes; more is a mistake, not a WSDL.
 constexpr size_t kMaxDocumentBytes = 16u << 20;
 constexpr int kMaxDepth = 256;
+constexpr size_t kMaxDocuments = 1000;
 constexpr long kFetchSeconds = 60;
 // expat hands names over as "namespace" kSeparator "local"; 0xFF never occurs in UTF-8.
 constexpr char kSeparator = '\xff';
@@ -232,11 +235,12 @@ std::string FetchDocument(const std::string& location) {
 }
 
 std::string ResolveLocation(const std::string& base, const std::string& location) {
-  if (IsAddress(location) || (!location.empty() && location[0] == '/')) return location;
+  if (IsAddress(location)) return location;
   if (IsAddress(base)) return ResolveAddress(base, location);
-  if (location.rfind("file://", 0) == 0) return location.substr(7);
-  size_t slash = base.rfind('/');
-  return slash == std::string::npos ? location : base.substr(0, slash + 1) + location;
+  std::filesystem::path path(location.rfind("file://", 0) == 0 ? location.substr(7) : location);
+  if (path.is_relative()) path = std::filesystem::path(base).parent_path() / path;
+  // Normal form, so that "./a.xsd" and "a.xsd" are one document and imports can't go round.
+  return path.lexically_normal().string();
 }
 
 WsdlDocumentSet::WsdlDocumentSet(const std::string& location) {
@@ -253,6 +257,10 @@ WsdlDocumentSet::WsdlDocumentSet(const std::string& location) {
 
 const XmlElement* WsdlDocumentSet::Load(const std::string& location, const XmlElement* reference) {
   if (auto known = documents_.find(location); known != documents_.end()) return nullptr;
+  if (documents_.size() >= kMaxDocuments) {
+    throw WsdlError(reference->Place() + ": imports more than " + std::to_string(kMaxDocuments) +
+                    " documents, which is no service description");
+  }
   std::string text;
   try {
     text = FetchDocument(location);

@@ -97,10 +97,7 @@ MappedType Simple(std::string_view local) {
 
 void WsdlWarnings::Add(const XmlElement& at, const std::string& what) {
   std::string line = at.Place() + ": " + what;
-  for (const std::string& earlier : lines_) {
-    if (earlier == line) return;
-  }
-  lines_.push_back(std::move(line));
+  if (seen_.insert(line).second) lines_.push_back(std::move(line));
 }
 
 const char* HostTypeOfSchemaType(std::string_view local) {

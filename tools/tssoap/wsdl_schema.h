@@ -7,8 +7,8 @@
 #pragma once
 
 #include <map>
-#include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,6 +24,7 @@ class WsdlWarnings {
 
  private:
   std::vector<std::string> lines_;
+  std::set<std::string> seen_;  // a type met twice is reported once
 };
 
 struct MappedType {
