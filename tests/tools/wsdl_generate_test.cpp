@@ -1,7 +1,7 @@
 // tssoap generate end to end: proxy files generated from WSDLs in the shapes common SOAP stacks
-// write (the sample service's own from gSOAP, .NET document/literal wrapped, Axis rpc/encoded,
-// JAX-RPC rpc/literal split over imports) are called unchanged against services the test starts;
-// what can't be mapped is named with its place; bad input ends in one clear line.
+// write (the sample service's own from gSOAP, .NET and JAX-WS document/literal wrapped, Axis
+// rpc/encoded, JAX-RPC rpc/literal split over imports) are called unchanged against services the
+// test starts; what can't be mapped is named with its place; bad input ends in one clear line.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -27,6 +27,7 @@ using Json = nlohmann::ordered_json;
 const std::string kWsdlDir = TSSOAP_SOURCE_DIR "/tests/tools/wsdl/";
 const std::string kSampleWsdl = TSSOAP_BINARY_DIR "/examples/sample_service/generated/sample.wsdl";
 const std::string kDotNet = kWsdlDir + "dotnet_document_literal.wsdl";
+const std::string kJaxWs = kWsdlDir + "jaxws_service.wsdl";
 const std::string kAxis = kWsdlDir + "axis_rpc_encoded.wsdl";
 const std::string kRpcLiteral = kWsdlDir + "rpclit_service.wsdl";
 const std::string kUnmappable = kWsdlDir + "unmappable.wsdl";
@@ -214,6 +215,18 @@ TEST_F(WsdlGenerateTest, GeneratedProxiesCallTheirServicesUnchanged) {
        {"2"},
        R"({"return":[{"name":"p1","age":1,"emails":[],"ws_type":""},{"name":"p2","age":2,"emails":[],"ws_type":""}],"out":{}})"},
       {kDotNet, Server::kWsdlServices, "sum", {"[1, 2, 39]"}, R"({"return":42,"out":{}})"},
+      // JAX-WS document/literal wrapped, unqualified, its schema imported from a file of its
+      // own: repeated structures, a result named "return".
+      {kJaxWs,
+       Server::kWsdlServices,
+       "additems",
+       {R"([{"name": "a", "count": 2}, {"name": "b", "count": 40}])"},
+       R"({"return":42,"out":{}})"},
+      {kJaxWs,
+       Server::kWsdlServices,
+       "finditem",
+       {R"("bolt")"},
+       R"({"return":{"name":"bolt","count":4},"out":{}})"},
       // Axis rpc/encoded: encoded arrays of structures of another namespace and of strings.
       {kAxis,
        Server::kWsdlServices,
@@ -281,6 +294,7 @@ TEST_F(WsdlGenerateTest, WarningsNameThePlaceOfWhatIsLeftOutAndTheRestIsWritten)
        "DotNetServiceSoap12",
        {},
        {":187: a SOAP 1.2 binding, which the extension can't use"}},
+      {kJaxWs, {}, {"additems", "finditem"}, {}},
       {kAxis, {}, {"getitems", "totalquantity", "reversetags"}, {}},
       {kRpcLiteral, {}, {"concat", "movepoint", "reverse"}, {}},
       {kUnmappable,
@@ -397,7 +411,7 @@ TEST_F(WsdlGenerateTest, AWsdlFromAnAddressBringsItsImportsFromBesideIt) {
     AnswerWith(file ? 200 : 404, "text/xml", text)(connection, request);
   });
   ASSERT_TRUE(server.Started());
-  for (std::string name : {"axis_rpc_encoded.wsdl", "rpclit_service.wsdl"}) {
+  for (std::string name : {"axis_rpc_encoded.wsdl", "rpclit_service.wsdl", "jaxws_service.wsdl"}) {
     SCOPED_TRACE(name);
     cli::GeneratedProxy fromFile =
         cli::GenerateProxy({kWsdlDir + name, std::nullopt, std::nullopt});

@@ -48,6 +48,21 @@ int dn__Sum(struct soap*, std::vector<int> values, struct dn__SumResponse& respo
   return SOAP_OK;
 }
 
+// --- document/literal wrapped, unqualified --------------------------------------------------
+
+int ju__addItems(struct soap*, std::vector<ju__item> arg0, struct ju__addItemsResponse& response) {
+  response.return_ = 0;
+  for (const ju__item& item : arg0) response.return_ += item.count;
+  return SOAP_OK;
+}
+
+int ju__findItem(struct soap* soap, std::string* arg0, struct ju__findItemResponse& response) {
+  response.return_ = soap_new_ju__item(soap);
+  response.return_->name = arg0;
+  response.return_->count = arg0 != nullptr ? static_cast<int>(arg0->size()) : 0;
+  return SOAP_OK;
+}
+
 // --- rpc/literal ----------------------------------------------------------------------------
 
 int rl__concat(struct soap*, std::string first, std::string second, std::string& result) {

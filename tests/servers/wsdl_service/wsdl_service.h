@@ -1,8 +1,9 @@
 // The services that the tests of tssoap generate call, read by gSOAP's soapcpp2 at build time
-// (a gSOAP service definition, not a header that C++ code includes). Three services in the three
+// (a gSOAP service definition, not a header that C++ code includes). Four services in the three
 // shapes a WSDL binds SOAP 1.1 in, each in its own namespace, all served on one port:
 //   dn  document/literal wrapped, qualified elements (as .NET and WCF services are)
 //   rl  rpc/literal
+//   ju  document/literal wrapped, unqualified elements (as JAX-WS services are)
 //   ax  rpc/encoded with SOAP-encoded arrays and structures of a second namespace (as Axis 1)
 // The WSDLs the tests read (tests/tools/wsdl/) are written by hand the way those stacks write
 // them; soapcpp2's own WSDLs are not used.
@@ -16,6 +17,13 @@
 //gsoap dn schema namespace:  http://tempuri.org/
 //gsoap dn schema form:       qualified
 
+//gsoap ju service name:      JaxWsService
+//gsoap ju service style:     document
+//gsoap ju service encoding:  literal
+//gsoap ju service namespace: http://example.org/jaxws
+//gsoap ju schema namespace:  http://example.org/jaxws
+//gsoap ju schema form:       unqualified
+
 //gsoap rl service name:      RpcLiteralService
 //gsoap rl service style:     rpc
 //gsoap rl service encoding:  literal
@@ -28,6 +36,7 @@
 //gsoap ax service namespace: urn:tssoap-axis
 //gsoap ax schema namespace:  urn:tssoap-axis
 //gsoap m schema namespace:   urn:tssoap-axis-model
+
 // clang-format on
 
 #include <string>
@@ -82,6 +91,25 @@ struct dn__SumResponse {
   int SumResult;
 };
 int dn__Sum(std::vector<int> values, struct dn__SumResponse& response);
+
+// --- document/literal wrapped, unqualified --------------------------------------------------
+
+class ju__item {
+ public:
+  std::string* name;
+  int count;
+};
+
+// The sum of the items' counts, in an element named "return".
+struct ju__addItemsResponse {
+  int return_;
+};
+int ju__addItems(std::vector<ju__item> arg0, struct ju__addItemsResponse& response);
+// An item of the name, with a count of its length.
+struct ju__findItemResponse {
+  ju__item* return_;
+};
+int ju__findItem(std::string* arg0, struct ju__findItemResponse& response);
 
 // --- rpc/literal ----------------------------------------------------------------------------
 
