@@ -9,8 +9,8 @@
 #include <sstream>
 #include <utility>
 
-#include "composite/name_mapping.h"
 #include "support/lower_case_text.h"
+#include "support/name_mapping.h"
 #include "tools/tssoap/commands.h"
 #include "tools/tssoap/host_types.h"
 #include "tools/tssoap/message_text.h"
