@@ -279,12 +279,31 @@ void HttpTransport::Post(const std::string& body, const SOAPString& soapAction,
   {
     SigpipeGuard guard;
     code = curl_easy_perform(handle_);
+    // A kept connection may die under the request: a proxy server such as tinyproxy drops the
+    // service's "Connection: close" and closes its side after the answer without saying so.
+    // libcurl sends such a request again on a new connection by itself, but only five times in
+    // the handle's whole life; the sixth ends the call ("Connection died, tried 5 times before
+    // giving up"). When nothing came back on a reused connection, the request goes once more on
+    // a new one.
+    if (DiedUnanswered(code)) {
+      answer.body.clear();
+      errorText_[0] = '\0';
+      curl_easy_setopt(handle_, CURLOPT_FRESH_CONNECT, 1L);
+      code = curl_easy_perform(handle_);
+      curl_easy_setopt(handle_, CURLOPT_FRESH_CONNECT, 0L);
+    }
   }
   receiving_ = nullptr;
   if (answerTooLarge_ || code == CURLE_FILESIZE_EXCEEDED) {
     answer.body.clear();
     throw SOAPException("The answer from %s is larger than the limit of %llu bytes",
                         Where().c_str(), static_cast<unsigned long long>(maxAnswerBytes_));
+  }
+  if (HeaderTooLarge(code)) {
+    throw SOAPException(
+        "The answer from %s has a header larger than the HTTP library takes (%d bytes in one "
+        "header line, %d bytes in all)",
+        Where().c_str(), kMaxHeaderLineBytes, kMaxHeaderBytes);
   }
   if (code != CURLE_OK) ThrowTransportFailure(code);
   curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &answer.status);
@@ -294,6 +313,33 @@ void HttpTransport::Post(const std::string& body, const SOAPString& soapAction,
     answer.contentType = contentType;
     answer.charset = CharsetOf(answer.contentType);
   }
+}
+
+bool HttpTransport::DiedUnanswered(CURLcode code) const {
+  if (code != CURLE_SEND_ERROR && code != CURLE_RECV_ERROR && code != CURLE_GOT_NOTHING) {
+    return false;
+  }
+  long newConnections = -1;
+  long headerBytes = -1;
+  curl_off_t bodyBytes = -1;
+  curl_easy_getinfo(handle_, CURLINFO_NUM_CONNECTS, &newConnections);
+  curl_easy_getinfo(handle_, CURLINFO_HEADER_SIZE, &headerBytes);
+  curl_easy_getinfo(handle_, CURLINFO_SIZE_DOWNLOAD_T, &bodyBytes);
+  return newConnections == 0 && headerBytes == 0 && bodyBytes == 0;
+}
+
+bool HttpTransport::HeaderTooLarge(CURLcode code) const {
+  // libcurl reports a header line beyond its limit as a memory failure, and the header as a
+  // whole beyond its limit as a receive error; both after the status line, before any body.
+  long status = 0;
+  long headerBytes = 0;
+  curl_off_t bodyBytes = 0;
+  curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
+  curl_easy_getinfo(handle_, CURLINFO_HEADER_SIZE, &headerBytes);
+  curl_easy_getinfo(handle_, CURLINFO_SIZE_DOWNLOAD_T, &bodyBytes);
+  if (status == 0 || bodyBytes != 0) return false;
+  return code == CURLE_OUT_OF_MEMORY ||
+         (code == CURLE_RECV_ERROR && headerBytes >= kMaxHeaderLineBytes);
 }
 
 void HttpTransport::ThrowTransportFailure(CURLcode code) const {

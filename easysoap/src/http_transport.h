@@ -46,7 +46,15 @@ class HttpTransport {
   const ServiceAddress& Service() const { return service_; }
 
  private:
+  // libcurl's limits on an answer's header.
+  static constexpr int kMaxHeaderLineBytes = 100 * 1024;
+  static constexpr int kMaxHeaderBytes = 300 * 1024;
+
   static size_t OnBody(char* data, size_t size, size_t count, void* self);
+  // True when a reused connection failed before any byte of an answer came back.
+  bool DiedUnanswered(CURLcode code) const;
+  // True when the answer's header went beyond libcurl's limits.
+  bool HeaderTooLarge(CURLcode code) const;
   void SetHeaders(const SOAPString& soapAction);
   [[noreturn]] void ThrowTransportFailure(CURLcode code) const;
   // CA certificates named by CURL_CA_BUNDLE or SSL_CERT_FILE, and SSL_CERT_DIR, for the service

@@ -228,7 +228,12 @@ int Call(const CommandLine& line, const ToolPaths& paths, std::ostream& out, std
     outcome = session.Call(function, values);
     ++calls;
     if (calls == 1 && line.wire) {
-      err << session.Wire();
+      std::string traffic = session.Wire();
+      if (traffic.empty()) {
+        traffic = "tssoap: --wire: nothing was logged in " + session.WirePath() +
+                  ": the call sent nothing, or the file can't be written\n";
+      }
+      err << traffic;
       session.StopWire();
     }
     if (outcome.exception) break;

@@ -35,6 +35,16 @@ std::string WithArticle(std::string_view typeName) {
   throw ArgumentError(where + (path.empty() ? "" : " at " + path) + ": " + what);
 }
 
+// "U+00E9": the code point of one UTF-8 sequence.
+std::string CodePoint(std::string_view utf8) {
+  static constexpr unsigned char kLeadMask[] = {0x7F, 0x1F, 0x0F, 0x07};
+  uint32_t point = static_cast<unsigned char>(utf8[0]) & kLeadMask[utf8.size() - 1];
+  for (size_t i = 1; i < utf8.size(); ++i) point = (point << 6) | (utf8[i] & 0x3F);
+  char text[16];
+  std::snprintf(text, sizeof text, "U+%04X", static_cast<unsigned>(point));
+  return text;
+}
+
 struct WholeRange {
   const char* name;
   int64_t min;
@@ -358,9 +368,12 @@ Value JsonValues::ConvertSimple(const Json& json, HostValueKind kind, const std:
         Fail(where, path, "a boolean takes true or false, not " + Describe(json));
       return Value::Boolean(json.get<bool>());
     case kHostReal: {
+      // Numbers short of halfway from the largest float to the next power of two round to the
+      // largest float, so its shortest text, 3.4028235e+38, reads back.
+      constexpr double kBeyondReal = 0x1.ffffffp+127;
       double value = ReadFloating(json, "real", where, path);
-      if (std::isfinite(value) && std::fabs(value) > std::numeric_limits<float>::max()) {
-        Fail(where, path, Describe(json) + " doesn't fit a real (up to 3.4028235e38)");
+      if (std::isfinite(value) && std::fabs(value) >= kBeyondReal) {
+        Fail(where, path, Describe(json) + " doesn't fit a real (up to 3.4028235e+38)");
       }
       return Value::Real(static_cast<float>(value));
     }
@@ -374,11 +387,21 @@ Value JsonValues::ConvertSimple(const Json& json, HostValueKind kind, const std:
                  Describe(json));
       }
       return Value::Decimal(json.get<std::string>());
-    case kHostString:
+    case kHostString: {
       if (!json.is_string()) {
         Fail(where, path, "a string takes a JSON string in double quotes, not " + Describe(json));
       }
-      return Value::String(json.get<std::string>());
+      std::string unfit;
+      std::optional<std::string> text =
+          codePage_.FromUtf8(json.get_ref<const std::string&>(), &unfit);
+      if (!text) {
+        Fail(where, path,
+             Describe(json) + " holds " + Quoted(unfit) + " (" + CodePoint(unfit) +
+                 "), which the host's code page " + codePage_.Name() +
+                 " can't hold (the code page is the locale's: LC_ALL, LC_CTYPE, LANG)");
+      }
+      return Value::String(std::move(*text));
+    }
     case kHostBlob: {
       std::vector<uint8_t> bytes;
       if (!json.is_object() || json.size() != 1 || !json.contains("base64") ||
@@ -456,7 +479,7 @@ Json JsonValues::ToJsonAt(const Value& value, const HostType& declared, int dept
       return FloatingJson(value.AsDouble());
     case kHostDecimal:
     case kHostString:
-      return value.AsString();
+      return codePage_.ToUtf8(value.AsString());
     case kHostBlob:
       return Json{{"base64", EncodeBase64(value.AsBytes())}};
     case kHostDate:

@@ -5,7 +5,7 @@
 //   integers, real, double  JSON numbers; real and double also "NaN", "INF", "-INF"; longlong
 //                           also as a string of digits
 //   boolean                 true, false
-//   string                  a JSON string
+//   string                  a JSON string (UTF-8; the host holds it in its code page)
 //   decimal                 a string such as "123.45"
 //   blob                    {"base64": "..."}
 //   date, time, datetime    "2003-07-14", "13:05:09.5", "2003-07-14T13:05:09"
@@ -21,6 +21,7 @@
 #include <string_view>
 
 #include "testhost/testhost.h"
+#include "tools/tssoap/code_page.h"
 #include "tools/tssoap/host_types.h"
 #include "tools/tssoap/proxy_file.h"
 
@@ -46,6 +47,8 @@ class JsonValues {
   // Host to JSON. The value's own kind decides (a value declared any has the kind that was
   // written to it); declared supplies the structure class of objects that don't carry one.
   nlohmann::ordered_json ToJson(const testhost::Value& value, const HostType& declared);
+  // A host text (in the code page) as UTF-8, for JSON.
+  std::string TextToUtf8(std::string_view hostText) { return codePage_.ToUtf8(hostText); }
 
  private:
   testhost::Value Convert(const nlohmann::ordered_json& json, const HostType& type,
@@ -60,6 +63,7 @@ class JsonValues {
 
   testhost::Runtime& runtime_;
   const ProxyFile& proxy_;
+  CodePage codePage_;
 };
 
 // Base64 as a blob is written; Decode answers false for a text that isn't base64.

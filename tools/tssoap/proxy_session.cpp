@@ -66,17 +66,22 @@ ProxySession::ProxySession(ProxyFile proxy, const SessionOptions& options)
   runtime_->DefineProxyClass(proxy_.className, variables);
 
   connection_ = runtime_->CreateConnection();
-  if (options.wire) {
-    try {
-      wire_ = std::make_unique<WireLog>(*runtime_, connection_);
-    } catch (const std::exception& error) {
-      throw SetupError(std::string("--wire: ") + error.what());
-    }
-  }
   if (options.options) {
     CheckOptionsAccepted("--options: setoptions",
                          runtime_->SetOptions(connection_, options.options->c_str()),
                          *options.options, false);
+  }
+  if (options.wire) {
+    // The log belongs to the process: a call log of the options' own is the one to read.
+    std::optional<std::string> callLog =
+        options.options ? SoapLogOf(*options.options) : std::nullopt;
+    try {
+      wire_ = callLog && !callLog->empty()
+                  ? std::make_unique<WireLog>(*runtime_, connection_, *callLog)
+                  : std::make_unique<WireLog>(*runtime_, connection_);
+    } catch (const std::exception& error) {
+      throw SetupError(std::string("--wire: ") + error.what());
+    }
   }
   if (options.proxyOptions) {
     CheckOptionsAccepted(
@@ -124,10 +129,11 @@ testhost::CallOutcome ProxySession::Call(const ProxyFunction& function,
 Json ProxySession::Report(const ProxyFunction& function, const testhost::CallOutcome& outcome) {
   Json report = Json::object();
   if (outcome.exception) {
-    report["exception"] = Json{{"text", outcome.exception->text},
-                               {"faultcode", outcome.exception->faultCode},
-                               {"faultstring", outcome.exception->faultString},
-                               {"detailmessage", outcome.exception->detailMessage}};
+    const testhost::ExceptionInfo& exception = *outcome.exception;
+    report["exception"] = Json{{"text", values_->TextToUtf8(exception.text)},
+                               {"faultcode", values_->TextToUtf8(exception.faultCode)},
+                               {"faultstring", values_->TextToUtf8(exception.faultString)},
+                               {"detailmessage", values_->TextToUtf8(exception.detailMessage)}};
     return report;
   }
   if (function.returns) report["return"] = values_->ToJson(outcome.result, *function.returns);

@@ -60,6 +60,8 @@ class ProxySession {
   std::string Wire();
   // Stops recording the traffic, so that repeated calls don't fill the log.
   void StopWire();
+  // The log file the traffic is read from; empty without wire.
+  std::string WirePath() const { return wire_ ? wire_->Path() : std::string(); }
 
  private:
   ProxyFile proxy_;

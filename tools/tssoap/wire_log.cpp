@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -44,15 +45,55 @@ WireLog::WireLog(testhost::Runtime& runtime, HostObject connection)
   logging_ = true;
 }
 
+WireLog::WireLog(testhost::Runtime& runtime, HostObject connection, std::string path)
+    : runtime_(runtime), connection_(connection), path_(std::move(path)), ownFile_(false) {
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path_.c_str(), "rb"),
+                                                       std::fclose);
+  if (file && std::fseek(file.get(), 0, SEEK_END) == 0) offset_ = std::ftell(file.get());
+}
+
 WireLog::~WireLog() {
   Stop();
-  unlink(path_.c_str());
+  if (ownFile_) unlink(path_.c_str());
 }
 
 void WireLog::Stop() {
   if (!logging_) return;
   logging_ = false;
   runtime_.SetOptions(connection_, "soaplog=''");
+}
+
+std::optional<std::string> SoapLogOf(std::string_view options) {
+  // "key = value" pairs separated by ","; a value is quoted ('...' or "...", no escapes), a
+  // number or a word.
+  std::optional<std::string> log;
+  size_t at = 0;
+  auto skipBlanks = [&] {
+    while (at < options.size() && std::isspace(static_cast<unsigned char>(options[at]))) ++at;
+  };
+  while (at < options.size()) {
+    size_t equals = options.find('=', at);
+    if (equals == std::string_view::npos) break;
+    std::string key;
+    for (char c : options.substr(at, equals - at)) {
+      if (!std::isspace(static_cast<unsigned char>(c))) {
+        key += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+      }
+    }
+    at = equals + 1;
+    skipBlanks();
+    std::string value;
+    if (at < options.size() && (options[at] == '\'' || options[at] == '"')) {
+      size_t close = options.find(options[at], at + 1);
+      if (close == std::string_view::npos) break;
+      value = options.substr(at + 1, close - at - 1);
+      at = close + 1;
+    }
+    size_t comma = options.find(',', at);
+    at = comma == std::string_view::npos ? options.size() : comma + 1;
+    if (key == "soaplog") log = value;
+  }
+  return log;
 }
 
 std::string WireLog::Take() {
