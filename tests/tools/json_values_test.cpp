@@ -6,9 +6,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <nlohmann/json.hpp>
 
+#include "common/environment_locale.h"
+#include "tools/tssoap/message_text.h"
 #include "tools/tssoap/proxy_session.h"
 
 namespace tssoap::cli {
@@ -109,6 +113,101 @@ TEST_F(JsonValuesTest, AnArgumentThatDoesNotFitSaysWhereAndWhy) {
                   ThrowsMessage<ArgumentError>(StartsWith(std::string("x") + c.message)));
     }
   }
+}
+
+bool IsNaN(const testhost::Value& value) {
+  return !value.isArray && (value.kind == kHostReal || value.kind == kHostDouble) &&
+         std::isnan(value.AsDouble());
+}
+
+// Whatever the tool prints for a host value it reads back as the same value.
+TEST_F(JsonValuesTest, EveryTypesExtremesReadBackAsPrinted) {
+  using testhost::Value;
+  using limits = std::numeric_limits<double>;
+  using floats = std::numeric_limits<float>;
+  std::vector<uint8_t> allBytes(256);
+  for (size_t i = 0; i < allBytes.size(); ++i) allBytes[i] = static_cast<uint8_t>(i);
+  const struct {
+    const char* type;
+    std::vector<Value> values;
+  } cases[] = {
+      {"int", {Value::Int(-32768), Value::Int(32767)}},
+      {"uint", {Value::Uint(0), Value::Uint(65535)}},
+      {"long", {Value::Long(std::numeric_limits<int32_t>::min()), Value::Long(2147483647)}},
+      {"ulong", {Value::Ulong(0), Value::Ulong(4294967295u)}},
+      {"longlong",
+       {Value::LongLong(std::numeric_limits<int64_t>::min()),
+        Value::LongLong(std::numeric_limits<int64_t>::max())}},
+      {"real",
+       {Value::Real(floats::max()), Value::Real(-floats::max()), Value::Real(floats::min()),
+        Value::Real(floats::denorm_min()), Value::Real(-0.0f), Value::Real(floats::infinity()),
+        Value::Real(-floats::infinity()), Value::Real(floats::quiet_NaN())}},
+      {"double",
+       {Value::Double(limits::max()), Value::Double(-limits::max()), Value::Double(limits::min()),
+        Value::Double(limits::denorm_min()), Value::Double(limits::epsilon()),
+        Value::Double(-limits::infinity()), Value::Double(limits::quiet_NaN())}},
+      {"boolean", {Value::Boolean(false), Value::Boolean(true)}},
+      {"decimal", {Value::Decimal("-999999999999999999.999999999"), Value::Decimal("0")}},
+      {"string", {Value::String(""), Value::String("h\xC3\xA9llo \xE2\x98\x83 \"\\\n")}},
+      {"blob", {Value::Blob({}), Value::Blob(allBytes)}},
+      {"date", {Value::Date(1, 1, 1), Value::Date(9999, 12, 31)}},
+      {"time", {Value::Time(0, 0, 0), Value::Time(23, 59, 59.999999)}},
+      {"datetime",
+       {Value::DateTime(1, 1, 1, 0, 0, 0), Value::DateTime(9999, 12, 31, 23, 59, 59.999999)}},
+      {"longlong[]",
+       {Value::Array(kHostLongLong, {Value::LongLong(-1), Value::Null(kHostLongLong)})}},
+  };
+  test::EnvironmentLocale utf8("C.UTF-8");
+  JsonValues values(runtime_, proxy_);
+  for (const auto& c : cases) {
+    for (const Value& value : c.values) {
+      std::string printed = DumpJson(values.ToJson(value, Type(c.type)));
+      SCOPED_TRACE(std::string(c.type) + " " + printed);
+      Value read = values.ToHost(ParseJsonText(printed, "x"), Type(c.type), "x");
+      EXPECT_TRUE(read == value || (IsNaN(read) && IsNaN(value))) << testhost::Describe(read);
+    }
+  }
+}
+
+// JSON text is UTF-8 and the host's text is in the locale's code page: strings are converted on
+// the way in and out, and a character the code page lacks is refused, not replaced.
+TEST_F(JsonValuesTest, StringsCrossIntoTheLocalesCodePageAndBack) {
+  const struct {
+    const char* locale;
+    const char* json;
+    const char* host;  // nullptr: refused with message
+    const char* message = "";
+  } cases[] = {
+      {"de_DE.ISO-8859-1", "\"h\u00e9llo\"", "h\xE9llo"},
+      {"de_DE.ISO-8859-1", "\"\u00ff\u00a0\"", "\xFF\xA0"},
+      {"de_DE.UTF-8", "\"h\u20acllo\"", "h\xE2\x82\xACllo"},
+      {"de_DE.ISO-8859-1", "\"h\u20acllo\"", nullptr,
+       "x at /1: \"h\u20acllo\" holds \"\u20ac\" (U+20AC), which the host's code page ISO-8859-1 "
+       "can't hold"},
+      {"C", "\"caf\u00e9\"", nullptr, "x at /1: \"caf\u00e9\" holds \"\u00e9\" (U+00E9)"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.locale) + " " + c.json);
+    test::EnvironmentLocale locale(c.locale);
+    if (!locale.available) GTEST_SKIP() << c.locale << " is not installed";
+    JsonValues values(runtime_, proxy_);
+    Json json = Json::array({"ascii", Json::parse(c.json)});
+    if (c.host == nullptr) {
+      EXPECT_THAT([&] { values.ToHost(json, Type("string[]"), "x"); },
+                  ThrowsMessage<ArgumentError>(StartsWith(c.message)));
+      continue;
+    }
+    testhost::Value value = values.ToHost(json, Type("string[]"), "x");
+    EXPECT_EQ(value.AsItems().at(1).AsString(), c.host);
+    EXPECT_EQ(values.ToJson(value, Type("string[]")), json);
+  }
+  test::EnvironmentLocale latin1("de_DE.ISO-8859-1");
+  JsonValues values(runtime_, proxy_);
+  // A byte that is no character of the code page (here UTF-8's) is shown as U+FFFD.
+  test::EnvironmentLocale utf8("C.UTF-8");
+  JsonValues utf8Values(runtime_, proxy_);
+  EXPECT_EQ(utf8Values.TextToUtf8("a\xE9z"), "a\xEF\xBF\xBDz");
+  EXPECT_EQ(values.TextToUtf8("a\xE9z"), "a\xC3\xA9z");
 }
 
 TEST_F(JsonValuesTest, AValueDeclaredAnyIsWrittenByTheKindItCarries) {

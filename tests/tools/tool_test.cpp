@@ -2,6 +2,7 @@
 // results and out values, every field of a soapexception, each exit status, the options that reach
 // the connection, and the commands that only print.
 #include <gtest/gtest.h>
+#include <locale.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,7 +17,7 @@
 
 #include "common/misbehaving_servers.h"
 #include "common/server_process.h"
-#include "common/tiny_proxy.h"  // PickFreePort
+#include "common/tiny_proxy.h"
 #include "common/tls_loopback_server.h"
 
 namespace tssoap::test {
@@ -223,16 +224,92 @@ TEST_F(ToolTest, RepeatCallsOneProxyObjectUntilTheFirstException) {
   EXPECT_NE(result.err.find("tssoap: 1 call in "), std::string::npos) << result.err;
 }
 
+// The traffic shows also when the options keep a call log of their own, which gets it too.
 TEST_F(ToolTest, WireShowsTheRequestAndTheResponse) {
-  ToolResult result = Call({"echostring", R"("on the wire")", "--wire"});
-  EXPECT_EQ(result.status, 0) << result.Describe();
-  EXPECT_EQ(Output(result)["return"], "on the wire");
-  EXPECT_EQ(result.err.rfind("POST " + Endpoint(), 0), 0u) << result.err;
-  for (const char* part : {"<input xsi:type=\"xsd:string\">on the wire</input>", "\nHTTP 200 ",
-                           "echoStringResponse"}) {
-    EXPECT_NE(result.err.find(part), std::string::npos) << part << "\n" << result.err;
+  const std::string callLog = ::testing::TempDir() + "tssoap-calls-" + std::to_string(getpid());
+  for (const std::string& options : {std::string("timeout=30"), "soaplog='" + callLog + "'"}) {
+    SCOPED_TRACE(options);
+    ToolResult result = Call({"echostring", R"("on the wire")", "--wire", "--options", options});
+    EXPECT_EQ(result.status, 0) << result.Describe();
+    EXPECT_EQ(Output(result)["return"], "on the wire");
+    EXPECT_EQ(result.err.rfind("POST " + Endpoint(), 0), 0u) << result.err;
+    for (const char* part : {"<input xsi:type=\"xsd:string\">on the wire</input>", "\nHTTP 200 ",
+                             "echoStringResponse"}) {
+      EXPECT_NE(result.err.find(part), std::string::npos) << part << "\n" << result.err;
+    }
+    EXPECT_EQ(result.err.find("Connection Disconnected"), std::string::npos) << result.err;
   }
-  EXPECT_EQ(result.err.find("Connection Disconnected"), std::string::npos) << result.err;
+  std::string logged = TakeFile(callLog);
+  EXPECT_NE(logged.find("on the wire</input>"), std::string::npos) << logged;
+  EXPECT_NE(logged.find("Connection Disconnected"), std::string::npos) << logged;
+
+  ToolResult unwritable = Call({"echoint", "1", "--wire", "--options", "soaplog='/nonexistent/x'"});
+  EXPECT_EQ(unwritable.status, 0) << unwritable.Describe();
+  EXPECT_EQ(unwritable.err,
+            "tssoap: --wire: nothing was logged in /nonexistent/x: the call sent nothing, or the "
+            "file can't be written\n");
+}
+
+// JSON is UTF-8, the host's text is in the locale's code page: a Latin-1 host sends and shows
+// "h\u00e9llo" as it is, and refuses what Latin-1 lacks.
+TEST_F(ToolTest, TextTravelsFaithfullyFromAndToTheLocalesCodePage) {
+  if (newlocale(LC_ALL_MASK, "de_DE.ISO-8859-1", static_cast<locale_t>(0)) == nullptr) {
+    GTEST_SKIP() << "de_DE.ISO-8859-1 is not installed";
+  }
+  const std::string latin1 = "LC_ALL=de_DE.ISO-8859-1";
+  ToolResult result = RunTool(
+      {"call", kSampleProxy, "--endpoint", Endpoint(), "echostring", R"("h\u00e9llo")", "--wire"},
+      latin1);
+  EXPECT_EQ(result.status, 0) << result.Describe();
+  EXPECT_EQ(Output(result)["return"], "h\u00e9llo");
+  EXPECT_NE(result.err.find(">h\u00e9llo</input>"), std::string::npos) << result.err;
+
+  result = RunTool(
+      {"call", kSampleProxy, "--endpoint", Endpoint(), "failwithdetail", R"("d\u00efsk")"}, latin1);
+  EXPECT_EQ(result.status, 1) << result.Describe();
+  EXPECT_EQ(Output(result)["exception"]["faultstring"], "d\u00efsk");
+
+  result = RunTool({"call", kSampleProxy, "echostring", R"("5 \u20ac")"}, latin1);
+  EXPECT_EQ(result.status, 2) << result.Describe();
+  EXPECT_EQ(result.err,
+            "tssoap: argument 1 (input): \"5 \u20ac\" holds \"\u20ac\" (U+20AC), which the host's "
+            "code page ISO-8859-1 can't hold (the code page is the locale's: LC_ALL, LC_CTYPE, "
+            "LANG)\n");
+}
+
+// A proxy server that keeps its connection to the tool but closes it once the service closed
+// its own, without saying so (tinyproxy drops the service's "Connection: close"): each call
+// after the first may find the kept connection dead, and still every call gets its answer.
+TEST_F(ToolTest, RepeatedCallsThroughAKeptProxyOutliveItsClosedConnections) {
+  const std::string answer = HttpResponse(
+      200, "OK", "text/xml",
+      SoapEnvelope("<ns:echoStringResponse><result>kept</result></ns:echoStringResponse>"),
+      "Connection: close\r\n");
+  LoopbackHttpServer closingService([&answer](HttpConnection& connection, const HttpRequest&) {
+    connection.Send(answer);
+    connection.Close();
+  });
+  TinyProxy tinyproxy;
+  ASSERT_TRUE(tinyproxy.Started()) << tinyproxy.Error();
+  // The same on every connection at once: it answers the first request and closes at the next.
+  LoopbackHttpServer oneAnswerProxy([&answer](HttpConnection& connection, const HttpRequest&) {
+    static thread_local int answered = 0;  // each connection is served on a thread of its own
+    if (answered++ == 0) {
+      connection.Send(answer);
+    } else {
+      connection.Close();
+    }
+  });
+  for (const std::string& proxy : {tinyproxy.Address(), oneAnswerProxy.Url("")}) {
+    SCOPED_TRACE(proxy);
+    ToolResult result = RunTool({"call", kSampleProxy, "echostring", R"("kept")", "--endpoint",
+                                 closingService.Url("/sample"), "--options", "connectioncache=true",
+                                 "--proxy-options", "address='" + proxy + "'", "--repeat", "50"});
+    EXPECT_EQ(result.status, 0) << result.Describe() << tinyproxy.Log();
+    EXPECT_EQ(Output(result), Json::parse(R"({"return":"kept","out":{}})"));
+    EXPECT_NE(result.err.find("tssoap: 50 calls in "), std::string::npos) << result.err;
+  }
+  EXPECT_GE(oneAnswerProxy.Connections(), 50);
 }
 
 // --cacert makes an https service whose CA is the test's own trusted; without it the call fails
