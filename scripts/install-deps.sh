@@ -7,7 +7,7 @@ SUDO=""
 [ "$(id -u)" -eq 0 ] || SUDO="sudo"
 $SUDO apt-get update
 $SUDO apt-get install -y --no-install-recommends \
-  build-essential cmake ninja-build pkg-config git \
+  build-essential cmake ninja-build pkg-config git dpkg-dev \
   libgtest-dev libgmock-dev libbenchmark-dev \
   libcurl4-openssl-dev libssl-dev libexpat1-dev nlohmann-json3-dev \
   gsoap libgsoap-dev tinyproxy openssl ca-certificates \

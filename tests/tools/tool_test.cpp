@@ -364,7 +364,8 @@ TEST_F(ToolTest, DescribeHelpAndDemoPrintTheirTextAndExitWithZero) {
       {{"--help"},
        {"tssoap call PROXYFILE FUNCTION [ARG ...]", "tssoap describe", "tssoap demo",
         "--proxy-options", "--repeat N", "--wire",
-        "{\"base64\": ", "Exit status:", "TSSOAP_EXTENSION"}},
+        "{\"base64\": ", "Exit status:", "TSSOAP_EXTENSION", "tssoap --version"}},
+      {{"--version"}, {"tssoap 1."}},
       // The demo starts a service of its own and stops it.
       {{"demo", "--wire"},
        {"> echostring(\"Hello from tssoap\")\n  return \"Hello from tssoap\"\n",

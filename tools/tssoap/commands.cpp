@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <ostream>
@@ -36,6 +37,7 @@ Usage:
   tssoap demo [--wire]
   tssoap generate WSDL [--service NAME] [--port NAME] [-o FILE]
   tssoap --help
+  tssoap --version
 
 call: calls FUNCTION of the proxy class of PROXYFILE with one ARG per parameter, in order, each
 a JSON text (quote it for the shell: '"hello"'). Options, before or after the arguments:
@@ -101,8 +103,9 @@ any, uint, ulong, blob, date, time, datetime, longlong, a structure class, T[] a
 Environment:
   CURL_CA_BUNDLE, SSL_CERT_FILE, SSL_CERT_DIR
                          CA certificates to trust for https (a file, the same, a directory)
-  TSSOAP_EXTENSION       the extension library to load (default: the one of this build)
-  TSSOAP_SAMPLE_SERVICE  the sample service program for the demo (default: the one of this build)
+  TSSOAP_EXTENSION       the extension library to load (default: the one installed with the
+                         tool, found from the tool's own directory, or else the one of this build)
+  TSSOAP_SAMPLE_SERVICE  the sample service program for the demo (default: likewise)
 )";
 
 std::string Signature(const ProxyFunction& function) {
@@ -259,8 +262,19 @@ int Call(const CommandLine& line, const ToolPaths& paths, std::ostream& out, std
 }  // namespace
 
 ToolPaths ToolPaths::FromBuildAndEnvironment() {
-  ToolPaths paths{TSSOAP_CLI_EXTENSION_PATH, TSSOAP_CLI_SAMPLE_SERVICE_PATH,
-                  TSSOAP_CLI_SAMPLE_PROXY_PATH};
+  // Installed, each lies at its place relative to the tool's directory; in the build tree, where
+  // the build put it.
+  std::error_code error;
+  std::filesystem::path directory =
+      std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  auto located = [&](const char* installed, const char* built) {
+    std::filesystem::path candidate = (directory / installed).lexically_normal();
+    return !error && std::filesystem::exists(candidate, error) ? candidate.string()
+                                                               : std::string(built);
+  };
+  ToolPaths paths{located(TSSOAP_CLI_INSTALLED_EXTENSION, TSSOAP_CLI_EXTENSION_PATH),
+                  located(TSSOAP_CLI_INSTALLED_SAMPLE_SERVICE, TSSOAP_CLI_SAMPLE_SERVICE_PATH),
+                  located(TSSOAP_CLI_INSTALLED_SAMPLE_PROXY, TSSOAP_CLI_SAMPLE_PROXY_PATH)};
   if (const char* extension = std::getenv("TSSOAP_EXTENSION"); extension && *extension) {
     paths.extension = extension;
   }
@@ -276,6 +290,10 @@ CommandLine CommandLine::Parse(const std::vector<std::string>& arguments) {
   const std::string& command = arguments[0];
   if (command == "--help" || command == "-h" || command == "help") {
     line.command = "help";
+    return line;
+  }
+  if (command == "--version") {
+    line.command = "version";
     return line;
   }
   if (command != "call" && command != "describe" && command != "demo") {
@@ -342,6 +360,10 @@ int RunCommandLine(const std::vector<std::string>& arguments, const ToolPaths& p
     CommandLine line = CommandLine::Parse(arguments);
     if (line.command == "help") {
       out << kHelp;
+      return kExitSuccess;
+    }
+    if (line.command == "version") {
+      out << "tssoap " TSSOAP_VERSION "\n";
       return kExitSuccess;
     }
     if (line.command == "describe") return Describe(line, out);

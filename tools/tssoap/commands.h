@@ -24,8 +24,8 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Where the tool finds what it runs: set by the build, overridden by TSSOAP_EXTENSION and
-// TSSOAP_SAMPLE_SERVICE in the environment.
+// Where the tool finds what it runs: beside the installed tool, or else where the build put it;
+// TSSOAP_EXTENSION and TSSOAP_SAMPLE_SERVICE in the environment override.
 struct ToolPaths {
   std::string extension;
   std::string sampleService;
@@ -34,7 +34,7 @@ struct ToolPaths {
 };
 
 struct CommandLine {
-  std::string command;                  // "call", "describe", "demo" or "help"
+  std::string command;                  // "call", "describe", "demo", "help" or "version"
   std::vector<std::string> positional;  // call: PROXYFILE FUNCTION ARG...; describe: PROXYFILE
   std::optional<std::string> endpoint;
   std::optional<std::string> port;
