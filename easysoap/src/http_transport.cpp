@@ -315,31 +315,30 @@ void HttpTransport::Post(const std::string& body, const SOAPString& soapAction,
   }
 }
 
+HttpTransport::Received HttpTransport::WhatCameBack() const {
+  Received received;
+  curl_easy_getinfo(handle_, CURLINFO_NUM_CONNECTS, &received.newConnections);
+  curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &received.status);
+  curl_easy_getinfo(handle_, CURLINFO_HEADER_SIZE, &received.headerBytes);
+  curl_easy_getinfo(handle_, CURLINFO_SIZE_DOWNLOAD_T, &received.bodyBytes);
+  return received;
+}
+
 bool HttpTransport::DiedUnanswered(CURLcode code) const {
   if (code != CURLE_SEND_ERROR && code != CURLE_RECV_ERROR && code != CURLE_GOT_NOTHING) {
     return false;
   }
-  long newConnections = -1;
-  long headerBytes = -1;
-  curl_off_t bodyBytes = -1;
-  curl_easy_getinfo(handle_, CURLINFO_NUM_CONNECTS, &newConnections);
-  curl_easy_getinfo(handle_, CURLINFO_HEADER_SIZE, &headerBytes);
-  curl_easy_getinfo(handle_, CURLINFO_SIZE_DOWNLOAD_T, &bodyBytes);
-  return newConnections == 0 && headerBytes == 0 && bodyBytes == 0;
+  Received received = WhatCameBack();
+  return received.newConnections == 0 && received.headerBytes == 0 && received.bodyBytes == 0;
 }
 
 bool HttpTransport::HeaderTooLarge(CURLcode code) const {
   // libcurl reports a header line beyond its limit as a memory failure, and the header as a
   // whole beyond its limit as a receive error; both after the status line, before any body.
-  long status = 0;
-  long headerBytes = 0;
-  curl_off_t bodyBytes = 0;
-  curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
-  curl_easy_getinfo(handle_, CURLINFO_HEADER_SIZE, &headerBytes);
-  curl_easy_getinfo(handle_, CURLINFO_SIZE_DOWNLOAD_T, &bodyBytes);
-  if (status == 0 || bodyBytes != 0) return false;
-  return code == CURLE_OUT_OF_MEMORY ||
-         (code == CURLE_RECV_ERROR && headerBytes >= kMaxHeaderLineBytes);
+  if (code != CURLE_OUT_OF_MEMORY && code != CURLE_RECV_ERROR) return false;
+  Received received = WhatCameBack();
+  if (received.status == 0 || received.bodyBytes != 0) return false;
+  return code == CURLE_OUT_OF_MEMORY || received.headerBytes >= kMaxHeaderLineBytes;
 }
 
 void HttpTransport::ThrowTransportFailure(CURLcode code) const {

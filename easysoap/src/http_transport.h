@@ -51,6 +51,14 @@ class HttpTransport {
   static constexpr int kMaxHeaderBytes = 300 * 1024;
 
   static size_t OnBody(char* data, size_t size, size_t count, void* self);
+  // What the last exchange got back, as libcurl counts it.
+  struct Received {
+    long newConnections = -1;  // 0: the exchange went over a reused connection
+    long status = 0;           // 0: no status line
+    long headerBytes = -1;
+    curl_off_t bodyBytes = -1;
+  };
+  Received WhatCameBack() const;
   // True when a reused connection failed before any byte of an answer came back.
   bool DiedUnanswered(CURLcode code) const;
   // True when the answer's header went beyond libcurl's limits.
