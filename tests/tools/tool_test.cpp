@@ -253,9 +253,9 @@ TEST_F(ToolTest, WireShowsTheRequestAndTheResponse) {
 // JSON is UTF-8, the host's text is in the locale's code page: a Latin-1 host sends and shows
 // "h\u00e9llo" as it is, and refuses what Latin-1 lacks.
 TEST_F(ToolTest, TextTravelsFaithfullyFromAndToTheLocalesCodePage) {
-  if (newlocale(LC_ALL_MASK, "de_DE.ISO-8859-1", static_cast<locale_t>(0)) == nullptr) {
-    GTEST_SKIP() << "de_DE.ISO-8859-1 is not installed";
-  }
+  locale_t installed = newlocale(LC_ALL_MASK, "de_DE.ISO-8859-1", static_cast<locale_t>(0));
+  if (installed == static_cast<locale_t>(0)) GTEST_SKIP() << "de_DE.ISO-8859-1 is not installed";
+  freelocale(installed);
   const std::string latin1 = "LC_ALL=de_DE.ISO-8859-1";
   ToolResult result = RunTool(
       {"call", kSampleProxy, "--endpoint", Endpoint(), "echostring", R"("h\u00e9llo")", "--wire"},
@@ -275,6 +275,18 @@ TEST_F(ToolTest, TextTravelsFaithfullyFromAndToTheLocalesCodePage) {
             "tssoap: argument 1 (input): \"5 \u20ac\" holds \"\u20ac\" (U+20AC), which the host's "
             "code page ISO-8859-1 can't hold (the code page is the locale's: LC_ALL, LC_CTYPE, "
             "LANG)\n");
+
+  // The proxy file's variables are host texts as well.
+  Json proxy = Json::parse(std::ifstream(kSampleProxy));
+  proxy["variables"]["note"] = "5 \u20ac";
+  const std::string proxyPath = ::testing::TempDir() + "tssoap-euro-" + std::to_string(getpid());
+  std::ofstream(proxyPath) << proxy.dump();
+  result = RunTool({"call", proxyPath, "echostring", R"("x")"}, latin1);
+  TakeFile(proxyPath);
+  EXPECT_EQ(result.status, 2) << result.Describe();
+  EXPECT_EQ(result.err.rfind("tssoap: " + proxyPath + ": /variables/note: \"5 \u20ac\" holds", 0),
+            0u)
+      << result.err;
 }
 
 // A proxy server that keeps its connection to the tool but closes it once the service closed

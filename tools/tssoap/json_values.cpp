@@ -387,21 +387,12 @@ Value JsonValues::ConvertSimple(const Json& json, HostValueKind kind, const std:
                  Describe(json));
       }
       return Value::Decimal(json.get<std::string>());
-    case kHostString: {
+    case kHostString:
       if (!json.is_string()) {
         Fail(where, path, "a string takes a JSON string in double quotes, not " + Describe(json));
       }
-      std::string unfit;
-      std::optional<std::string> text =
-          codePage_.FromUtf8(json.get_ref<const std::string&>(), &unfit);
-      if (!text) {
-        Fail(where, path,
-             Describe(json) + " holds " + Quoted(unfit) + " (" + CodePoint(unfit) +
-                 "), which the host's code page " + codePage_.Name() +
-                 " can't hold (the code page is the locale's: LC_ALL, LC_CTYPE, LANG)");
-      }
-      return Value::String(std::move(*text));
-    }
+      return Value::String(TextFromUtf8(json.get_ref<const std::string&>(),
+                                        where + (path.empty() ? "" : " at " + path)));
     case kHostBlob: {
       std::vector<uint8_t> bytes;
       if (!json.is_object() || json.size() != 1 || !json.contains("base64") ||
@@ -445,6 +436,17 @@ Value JsonValues::ConvertSimple(const Json& json, HostValueKind kind, const std:
       break;
   }
   Fail(where, path, "the host has no values of kind " + std::to_string(kind));
+}
+
+std::string JsonValues::TextFromUtf8(std::string_view utf8, const std::string& where) {
+  std::string unfit;
+  std::optional<std::string> text = codePage_.FromUtf8(utf8, &unfit);
+  if (!text) {
+    throw ArgumentError(where + ": " + Describe(Json(utf8)) + " holds " + Quoted(unfit) + " (" +
+                        CodePoint(unfit) + "), which the host's code page " + codePage_.Name() +
+                        " can't hold (the code page is the locale's: LC_ALL, LC_CTYPE, LANG)");
+  }
+  return std::move(*text);
 }
 
 Json JsonValues::ToJson(const Value& value, const HostType& declared) {

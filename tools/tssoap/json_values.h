@@ -47,6 +47,9 @@ class JsonValues {
   // Host to JSON. The value's own kind decides (a value declared any has the kind that was
   // written to it); declared supplies the structure class of objects that don't carry one.
   nlohmann::ordered_json ToJson(const testhost::Value& value, const HostType& declared);
+  // UTF-8 text as the host holds it, in the code page; throws ArgumentError, beginning with
+  // where, for a character the code page lacks.
+  std::string TextFromUtf8(std::string_view utf8, const std::string& where);
   // A host text (in the code page) as UTF-8, for JSON.
   std::string TextToUtf8(std::string_view hostText) { return codePage_.ToUtf8(hostText); }
 

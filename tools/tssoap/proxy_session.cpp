@@ -59,9 +59,15 @@ ProxySession::ProxySession(ProxyFile proxy, const SessionOptions& options)
   }
   values_ = std::make_unique<JsonValues>(*runtime_, proxy_);
   DefineStructures(*runtime_, proxy_);
+  // The file's texts are UTF-8 and become host texts in the code page; --endpoint comes from the
+  // command line, in the code page already.
   std::vector<std::pair<std::string, std::optional<std::string>>> variables;
   for (const ProxyVariable& variable : proxy_.variables) {
     variables.emplace_back(variable.name, variable.value);
+    if (variable.value && !(options.endpoint && variable.name == "endpoint")) {
+      variables.back().second =
+          values_->TextFromUtf8(*variable.value, proxy_.path + ": /variables/" + variable.name);
+    }
   }
   runtime_->DefineProxyClass(proxy_.className, variables);
 
