@@ -293,21 +293,20 @@ TEST_F(ToolTest, TextTravelsFaithfullyFromAndToTheLocalesCodePage) {
 // its own, without saying so (tinyproxy drops the service's "Connection: close"): each call
 // after the first may find the kept connection dead, and still every call gets its answer.
 TEST_F(ToolTest, RepeatedCallsThroughAKeptProxyOutliveItsClosedConnections) {
-  const std::string answer = HttpResponse(
-      200, "OK", "text/xml",
-      SoapEnvelope("<ns:echoStringResponse><result>kept</result></ns:echoStringResponse>"),
-      "Connection: close\r\n");
-  LoopbackHttpServer closingService([&answer](HttpConnection& connection, const HttpRequest&) {
-    connection.Send(answer);
+  const std::string body =
+      SoapEnvelope("<ns:echoStringResponse><result>kept</result></ns:echoStringResponse>");
+  LoopbackHttpServer closingService([&body](HttpConnection& connection, const HttpRequest&) {
+    connection.Send(HttpResponse(200, "OK", "text/xml", body, "Connection: close\r\n"));
     connection.Close();
   });
   TinyProxy tinyproxy;
   ASSERT_TRUE(tinyproxy.Started()) << tinyproxy.Error();
-  // The same on every connection at once: it answers the first request and closes at the next.
-  LoopbackHttpServer oneAnswerProxy([&answer](HttpConnection& connection, const HttpRequest&) {
+  // The same on every connection at once: it answers the first request, announcing no close,
+  // and closes at the next.
+  LoopbackHttpServer oneAnswerProxy([&body](HttpConnection& connection, const HttpRequest&) {
     static thread_local int answered = 0;  // each connection is served on a thread of its own
     if (answered++ == 0) {
-      connection.Send(answer);
+      connection.Send(HttpResponse(200, "OK", "text/xml", body));
     } else {
       connection.Close();
     }
