@@ -3,6 +3,9 @@
 # libexec/tssoap/, the man page, bash completion, and the example proxy files.
 install(TARGETS tssoap RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS easysoap tssoapclient90 LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+# Run paths relative to the binary, so that the installed tree can be moved as a whole.
+tssoap_path_from_bindir(lib_from_bin ${CMAKE_INSTALL_LIBDIR})
+set_target_properties(tssoap PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
 set_target_properties(tssoapclient90 PROPERTIES INSTALL_RPATH "$ORIGIN")
 if(TARGET sample_service)
   install(TARGETS sample_service RUNTIME DESTINATION ${TSSOAP_INSTALL_LIBEXECDIR})
