@@ -1,5 +1,6 @@
 // The echo operations: each answers with what it was sent. One for strings, ints, an encoded
-// string array and a structure, and one for each kind of simple value the extension carries.
+// string array and a structure, encoded arrays of ints and of records, and one for each kind of
+// simple value the extension carries.
 #include "soapH.h"
 
 namespace {
@@ -55,5 +56,18 @@ int ns__echoStruct(struct soap* soap, ns__SampleStruct* input,
     response.result->text = input->text;
     response.result->number = input->number;
   }
+  return SOAP_OK;
+}
+
+// The arrays live in the call's arena until the answer is sent, so the answer can point at them.
+int ns__echoIntegerArray(struct soap* soap, ArrayOfint* input,
+                         struct ns__echoIntegerArrayResponse& response) {
+  response.result = input != nullptr ? input : soap_new_ArrayOfint(soap);
+  return SOAP_OK;
+}
+
+int ns__echoStructArray(struct soap* soap, ArrayOfRecord* input,
+                        struct ns__echoStructArrayResponse& response) {
+  response.result = input != nullptr ? input : soap_new_ArrayOfRecord(soap);
   return SOAP_OK;
 }

@@ -101,6 +101,9 @@ int main(int argc, char** argv) {
   soap_set_namespaces(soap, namespaces);
   soap->bind_flags = SO_REUSEADDR;
   soap->max_keep_alive = 10000;
+  // A client that goes away in the middle of an answer (wrk at the end of its run) must not end
+  // the service: its write fails instead of raising SIGPIPE.
+  soap->socket_flags = MSG_NOSIGNAL;
   soap->recv_timeout = kIdleSeconds;
   soap->send_timeout = kIdleSeconds;
   SOAP_SOCKET listener = soap_bind(soap, "127.0.0.1", options.port, 64);

@@ -62,6 +62,28 @@ class ns__Address {
   ns__Phone* phone;
 };
 
+// A SOAP-encoded array of xsd:int (SOAP-ENC:Array, arrayType="xsd:int[n]").
+class ArrayOfint {
+ public:
+  int* __ptr;
+  int __size;
+};
+
+// A record of the three commonest kinds of field: a text, a whole number and a real.
+class ns__Record {
+ public:
+  std::string name;
+  int count;
+  float weight;
+};
+
+// A SOAP-encoded array of ns:Record (SOAP-ENC:Array, arrayType="ns:Record[n]").
+class ArrayOfRecord {
+ public:
+  ns__Record* __ptr;
+  int __size;
+};
+
 // A plain wrapper element whose children, named "item", are the phones (no array attributes).
 class ns__PhoneList {
  public:
@@ -77,6 +99,16 @@ struct ns__echoStructResponse {
   ns__SampleStruct* result;
 };
 int ns__echoStruct(ns__SampleStruct* input, struct ns__echoStructResponse& response);
+// The large messages the speed comparison sends (bench/compare.sh): encoded arrays of ints and of
+// records, answered as they came.
+struct ns__echoIntegerArrayResponse {
+  ArrayOfint* result;
+};
+int ns__echoIntegerArray(ArrayOfint* input, struct ns__echoIntegerArrayResponse& response);
+struct ns__echoStructArrayResponse {
+  ArrayOfRecord* result;
+};
+int ns__echoStructArray(ArrayOfRecord* input, struct ns__echoStructArrayResponse& response);
 
 // --- structure operations (struct_operations.cpp) ------------------------------------------
 

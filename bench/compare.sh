@@ -1,0 +1,139 @@
+#!/usr/bin/env bash
+# Measures the tool beside a gSOAP client on the bundled sample service (a gSOAP server), one
+# kept-alive connection each, for three calls: a short string echo, an encoded array of 10,000 ints
+# and an encoded array of 1,000 records (string, int, float). For each it counts the client's
+# instructions per call with callgrind (the whole process, start-up subtracted: the runs of
+# LOW and HIGH calls differ by HIGH - LOW calls) and times calls per second, for `tssoap call
+# --repeat` with the connection cache on, for the gSOAP client and for wrk posting the very
+# request bytes the tool sent (the limit: the server and the loopback alone). Prints one table.
+#
+#   bench/compare.sh [BUILD_DIR]            (default build/default; needs a default build)
+#
+# Environment: COMPARE_SECONDS (about how long each rate is timed, default 2), COMPARE_LOW and
+# COMPARE_HIGH (the call counts under callgrind, default 1 and 11), COMPARE_ONLY (a space-separated
+# subset of: string ints structs). The callgrind profiles stay in BUILD_DIR/bench/compare for
+# callgrind_annotate.
+set -euo pipefail
+
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=$(cd "${1:-$root/build/default}" && pwd)
+seconds=${COMPARE_SECONDS:-2}
+low=${COMPARE_LOW:-1}
+high=${COMPARE_HIGH:-11}
+only=${COMPARE_ONLY:-string ints structs}
+
+cmake --build "$build" --target tssoap tssoapclient90 gsoap_echo_client sample_service >/dev/null
+tssoap=$build/tools/tssoap/tssoap
+client=$build/bench/gsoap_echo_client
+service=$build/examples/sample_service/sample_service
+proxy=$root/examples/sample.json
+for tool in valgrind wrk; do
+  command -v $tool >/dev/null || { echo "compare.sh: $tool is missing (scripts/install-deps.sh)" >&2; exit 2; }
+done
+
+out=$build/bench/compare
+rm -rf "$out"
+mkdir -p "$out"
+
+# The sample service on an ephemeral port; it ends when its stdin pipe closes.
+mkfifo "$out/service.in"
+"$service" --port 0 <"$out/service.in" >"$out/service.out" 2>&1 &
+service_pid=$!
+exec 3>"$out/service.in"
+trap 'exec 3>&-; kill $service_pid 2>/dev/null || true; wait 2>/dev/null || true' EXIT
+for _ in $(seq 100); do
+  grep -q '^PORT ' "$out/service.out" && break
+  sleep 0.1
+done
+port=$(sed -n 's/^PORT //p' "$out/service.out")
+[ -n "$port" ] || { echo "compare.sh: the sample service didn't start" >&2; cat "$out/service.out" >&2; exit 1; }
+url=http://127.0.0.1:$port/sample
+
+# The callgrind total of one run: the "Collected" line valgrind prints.
+instructions() {
+  local name=$1
+  shift
+  valgrind --tool=callgrind --callgrind-out-file="$out/callgrind.$name" "$@" \
+    >"$out/$name.stdout" 2>"$out/$name.stderr" ||
+    { echo "compare.sh: $name failed:" >&2; tail -5 "$out/$name.stderr" >&2; exit 1; }
+  sed -n 's/.*Collected : \([0-9]*\).*/\1/p' "$out/$name.stderr"
+}
+
+# Instructions per call: the difference of a run of HIGH calls and one of LOW calls. The command
+# is the array named by the second argument; the number of calls goes behind it.
+per_call() {
+  local name=$1
+  local -n command=$2
+  local a b
+  a=$(instructions "$name.$low" "${command[@]}" "$low")
+  b=$(instructions "$name.$high" "${command[@]}" "$high")
+  echo $(((b - a) / (high - low)))
+}
+
+# Calls per second from a run's "calls per second" line; the number of calls, from a first guess
+# of the rate, aims at SECONDS.
+rate() {
+  local name=$1 guess=$3
+  local -n command=$2
+  local calls
+  calls=$(awk -v g="$guess" -v s="$seconds" 'BEGIN { c = int(g * s); print c < 3 ? 3 : c }')
+  "${command[@]}" "$calls" >"$out/$name.rate.stdout" 2>"$out/$name.rate.stderr" ||
+    { echo "compare.sh: $name failed:" >&2; tail -5 "$out/$name.rate.stderr" >&2; exit 1; }
+  sed -n 's/.*: \([0-9]*\) calls per second.*/\1/p' "$out/$name.rate.stderr"
+}
+
+# The request the tool sends, as --wire shows it: a line naming the SOAPAction, the body, an empty
+# line, then the answer from its "HTTP <status>" line on.
+capture_request() {
+  "${tssoap_call[@]}" 1 --wire >"$out/$case.wire.stdout" 2>"$out/$case.wire" ||
+    { echo "compare.sh: tssoap --wire failed:" >&2; tail -c 600 "$out/$case.wire" >&2; exit 1; }
+  awk 'NR > 1 && /^HTTP [0-9]+ / { exit } NR > 1 { print }' "$out/$case.wire" |
+    head -c -2 >"$out/$case.request"
+  printf '\n' >>"$out/$case.request"
+}
+
+# Requests per second of wrk posting the captured request on one connection.
+raw_rate() {
+  local with_action=()
+  if head -1 "$out/$case.wire" | grep -q '(SOAPAction "'; then
+    with_action=("TSSOAP_WRK_ACTION=\"$(sed -n '1s/.*(SOAPAction "\(.*\)")$/\1/p' "$out/$case.wire")\"")
+  fi
+  env TSSOAP_WRK_BODY="$out/$case.request" "${with_action[@]}" \
+    wrk -t1 -c1 -d"${seconds}s" -s "$root/bench/post_request.lua" "$url" >"$out/$case.wrk" 2>&1
+  if grep -q 'Non-2xx' "$out/$case.wrk"; then
+    echo "compare.sh: the server refused the captured $case request:" >&2
+    cat "$out/$case.wrk" >&2
+    exit 1
+  fi
+  sed -n 's/^Requests\/sec: *\([0-9]*\).*/\1/p' "$out/$case.wrk"
+}
+
+ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }'; }
+
+rows=()
+for case in $only; do
+  case $case in
+    string) kind=string items=5 function=echostring goal=0.5 label='echoString("hello")' ;;
+    ints) kind=ints items=10000 function=echointegerarray goal=1.0 label='echoIntegerArray, 10,000 ints' ;;
+    structs) kind=structs items=1000 function=echostructarray goal=1.0 label='echoStructArray, 1,000 records' ;;
+    *) echo "compare.sh: unknown case $case" >&2; exit 2 ;;
+  esac
+  echo "compare.sh: $label" >&2
+  "$client" --json "$kind" "$items" >"$out/$case.json"
+  tssoap_call=("$tssoap" call "$proxy" "$function" "$(cat "$out/$case.json")" --endpoint "$url"
+    --options "connectioncache=true" --repeat)
+  gsoap_call=("$client" "$url" "$kind" "$items")
+  capture_request
+  ours=$(per_call "$case.tssoap" tssoap_call)
+  theirs=$(per_call "$case.gsoap" gsoap_call)
+  # A first guess of the rate from the instruction counts (about 1e9 instructions a second) makes
+  # each timed run last about SECONDS.
+  ours_rate=$(rate "$case.tssoap" tssoap_call "$((1000000000 / (ours + 1)))")
+  theirs_rate=$(rate "$case.gsoap" gsoap_call "$((1000000000 / (theirs + 1)))")
+  raw=$(raw_rate)
+  rows+=("| $label | $ours | $theirs | $(ratio "$ours" "$theirs") | $goal | $ours_rate | $theirs_rate | $raw | $(ratio "$ours_rate" "$theirs_rate") | $(ratio "$ours_rate" "$raw") |")
+done
+
+echo "| Call | tssoap instructions/call | gSOAP instructions/call | Ratio | Goal | tssoap calls/s | gSOAP calls/s | raw HTTP calls/s | tssoap/gSOAP rate | tssoap/raw rate |"
+echo "| --- | --- | --- | --- | --- | --- | --- | --- | --- | --- |"
+printf '%s\n' "${rows[@]}"
