@@ -138,7 +138,14 @@ struct Runtime::Model {
   std::unordered_set<char*> decimalTexts;
   std::unordered_set<CallFrame*> callFrames;
 
-  std::unordered_map<std::string_view, int> callCounts;
+  // Counted by the address of the operation's name (each is a literal or __func__), so that the
+  // count costs a pointer lookup rather than hashing the name on every host call; a name that
+  // lives at several addresses has several entries, which CallCount adds up.
+  struct CallCounter {
+    std::string_view operation;
+    int calls = 0;
+  };
+  std::unordered_map<const char*, CallCounter> callCounts;
   std::vector<std::string> fieldIdRequests;
   bool recording = false;
   std::vector<std::string_view> operations;

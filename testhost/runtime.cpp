@@ -198,8 +198,9 @@ void Runtime::DeclareExtensionClasses() {
   }
 }
 
-void Runtime::Note(std::string_view operation) {
-  ++model_->callCounts[operation];
+void Runtime::Note(const char* operation) {
+  Model::CallCounter& counter = model_->callCounts[operation];
+  if (counter.calls++ == 0) counter.operation = operation;
   if (model_->recording) model_->operations.push_back(operation);
 }
 
@@ -503,8 +504,11 @@ int Runtime::OutstandingDecimalTexts() const {
 int Runtime::OutstandingCallInfos() const { return static_cast<int>(model_->callFrames.size()); }
 
 int Runtime::CallCount(const std::string& operation) const {
-  auto found = model_->callCounts.find(operation);
-  return found != model_->callCounts.end() ? found->second : 0;
+  int calls = 0;
+  for (const auto& [address, counter] : model_->callCounts) {
+    if (counter.operation == operation) calls += counter.calls;
+  }
+  return calls;
 }
 
 const std::vector<std::string>& Runtime::FieldIdRequests() const { return model_->fieldIdRequests; }
@@ -512,6 +516,7 @@ const std::vector<std::string>& Runtime::FieldIdRequests() const { return model_
 void Runtime::RecordOperations(bool on) {
   model_->recording = on;
   model_->operations.clear();
+  model_->fieldIdRequests.clear();
 }
 
 const std::vector<std::string_view>& Runtime::Operations() const { return model_->operations; }

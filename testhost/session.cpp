@@ -328,7 +328,7 @@ HostFieldId Runtime::GetFieldId(HostClass cls, const char* name) {
     Misuse("GetFieldId: null name");
     return kNoField;
   }
-  model_->fieldIdRequests.emplace_back(name);
+  if (model_->recording) model_->fieldIdRequests.emplace_back(name);
   ClassDef* def = model_->FindClassDef(cls, __func__);
   if (def == nullptr) return kNoField;
   // Byte for byte: the extension lower-cases what it asks for.

@@ -246,10 +246,11 @@ class Runtime final : public IHostSession {
   int OutstandingCallInfos() const;
   // How often each host operation was called, by name ("GetFieldId", "NewProxyObject", ...).
   int CallCount(const std::string& operation) const;
-  // The names asked for with GetFieldId, in order.
+  // The names asked for with GetFieldId, in order, while recording is on.
   const std::vector<std::string>& FieldIdRequests() const;
   // Every host operation (of the session and of the values) in order, while recording is on; off
-  // by default. Turning it on clears what was recorded.
+  // by default, so that a long run of calls doesn't grow the host. Turning it on clears what was
+  // recorded.
   void RecordOperations(bool on);
   const std::vector<std::string_view>& Operations() const;
   // Calls that broke the host's rules (an unknown handle or one of another kind, item 0 or beyond
@@ -370,7 +371,7 @@ class Runtime final : public IHostSession {
   struct Stored;  // one stored field or array item, defined in the implementation
 
  private:
-  void Note(std::string_view operation);
+  void Note(const char* operation);  // the name of a host operation: a literal or __func__
   void Misuse(std::string message);
   HostBool Answer(bool value) const { return value ? trueValue_ : HostBool{0}; }
   struct CallFrame;

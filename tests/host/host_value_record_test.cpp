@@ -176,6 +176,7 @@ TEST_F(HostValueRecordTest, FieldNamesAreLowerCasedAndReservedWordsPrefixed) {
       {"ws_end", "ws_end"},
       {"endpoint", "endpoint"},
   };
+  rt.RecordOperations(true);
   for (const auto& [xmlName, askedFor] : cases) {
     SCOPED_TRACE(xmlName);
     ReadField(source, xmlName);

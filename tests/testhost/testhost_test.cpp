@@ -96,6 +96,7 @@ TEST_F(TesthostTest, FieldNamesAreComparedByteForByteAndBooleansAnswerTheTrueVal
   HostClass cls =
       rt.DefineStructure("tns__s", {FieldSpec::Like("street", Value::String("")), note});
   HostObject object = rt.NewInstance(cls);
+  rt.RecordOperations(true);
   EXPECT_EQ(rt.GetFieldId(cls, "street"), 0);
   EXPECT_EQ(rt.GetFieldId(cls, "Street"), kNoField);
   EXPECT_EQ(rt.FieldIdRequests(), (std::vector<std::string>{"street", "Street"}));
