@@ -182,18 +182,27 @@ HostArray Runtime::Model::StoreArray(const Value& array) {
 Value Runtime::Model::Load(HostValueKind kind, bool isArray, bool isObject,
                            const std::string& className, const Stored& stored) {
   Value value;
+  LoadInto(value, kind, isArray, isObject, className, stored);
+  return value;
+}
+
+void Runtime::Model::LoadInto(Value& value, HostValueKind kind, bool isArray, bool isObject,
+                              const std::string& className, const Stored& stored) {
   value.kind = kind;
   value.isArray = isArray;
   value.isObject = isObject;
   value.className = className;
   if (stored.isNull || ((isArray || isObject) && stored.handle == 0)) {
     value.isNull = true;
-    return value;
+    return;
   }
-  if (isArray) return LoadArray(stored.handle);
+  if (isArray) {
+    value = LoadArray(stored.handle);
+    return;
+  }
   if (isObject) {
     value.data = HostObject{stored.handle};
-    return value;
+    return;
   }
   switch (kind) {
     case kHostReal:
@@ -222,7 +231,6 @@ Value Runtime::Model::Load(HostValueKind kind, bool isArray, bool isObject,
       if (IsIntegerKind(kind)) value.data = stored.integer;
       break;
   }
-  return value;
 }
 
 Value Runtime::Model::LoadArray(HostArray handle) {
@@ -230,10 +238,10 @@ Value Runtime::Model::LoadArray(HostArray handle) {
   if (found == arrays.end()) return Value::Null(kHostUnknown);
   const ArrayData& array = found->second;
   std::string itemClass = array.objects ? ClassName(array.itemClass) : std::string();
-  Value::Items items;
-  items.reserve(array.items.size());
-  for (const Stored& item : array.items) {
-    items.push_back(Load(array.itemKind, false, array.objects, itemClass, item));
+  // Filled in place: the tool reads a whole answer back after every call.
+  Value::Items items(array.items.size());
+  for (size_t i = 0; i < items.size(); ++i) {
+    LoadInto(items[i], array.itemKind, false, array.objects, itemClass, array.items[i]);
   }
   return array.objects ? Value::ObjectArray(itemClass, std::move(items), array.bounded)
                        : Value::Array(array.itemKind, std::move(items), array.bounded);

@@ -31,6 +31,53 @@ struct Runtime::Stored {
   uint32_t handle = 0;  // every handle kind, objects, arrays
 };
 
+// How often each host operation was called, counted by the address of the operation's name (each
+// is a literal or __func__): the host's bookkeeping runs on every call the extension makes, so it
+// costs a pointer hash and a probe or two, never hashing the name. A name that lives at several
+// addresses has several entries, which Calls adds up.
+class OperationCounts {
+ public:
+  void Count(const char* operation) {
+    if (2 * (used_ + 1) > slots_.size()) Grow();
+    Slot& slot = Find(operation);
+    if (slot.operation == nullptr) {
+      slot.operation = operation;
+      ++used_;
+    }
+    ++slot.calls;
+  }
+  int Calls(std::string_view operation) const {
+    int calls = 0;
+    for (const Slot& slot : slots_) {
+      if (slot.operation != nullptr && operation == slot.operation) calls += slot.calls;
+    }
+    return calls;
+  }
+
+ private:
+  struct Slot {
+    const char* operation = nullptr;
+    int calls = 0;
+  };
+  // Open addressing with linear probing over a power-of-two table.
+  Slot& Find(const char* operation) {
+    size_t mask = slots_.size() - 1;
+    size_t i = (reinterpret_cast<uintptr_t>(operation) >> 3) * 0x9E3779B97F4A7C15u >> 40 & mask;
+    while (slots_[i].operation != nullptr && slots_[i].operation != operation) i = (i + 1) & mask;
+    return slots_[i];
+  }
+  void Grow() {
+    std::vector<Slot> old(slots_.empty() ? 128 : 2 * slots_.size());
+    old.swap(slots_);
+    for (const Slot& slot : old) {
+      if (slot.operation != nullptr) Find(slot.operation) = slot;
+    }
+  }
+
+  std::vector<Slot> slots_;
+  size_t used_ = 0;
+};
+
 struct ParameterDecl {
   HostValueKind kind = kHostUnknown;
   bool isObject = false;
@@ -138,14 +185,7 @@ struct Runtime::Model {
   std::unordered_set<char*> decimalTexts;
   std::unordered_set<CallFrame*> callFrames;
 
-  // Counted by the address of the operation's name (each is a literal or __func__), so that the
-  // count costs a pointer lookup rather than hashing the name on every host call; a name that
-  // lives at several addresses has several entries, which CallCount adds up.
-  struct CallCounter {
-    std::string_view operation;
-    int calls = 0;
-  };
-  std::unordered_map<const char*, CallCounter> callCounts;
+  OperationCounts callCounts;
   std::vector<std::string> fieldIdRequests;
   bool recording = false;
   std::vector<std::string_view> operations;
@@ -196,6 +236,8 @@ struct Runtime::Model {
   // Reads a stored value back; className names the class of object slots.
   Value Load(HostValueKind kind, bool isArray, bool isObject, const std::string& className,
              const Stored& stored);
+  void LoadInto(Value& value, HostValueKind kind, bool isArray, bool isObject,
+                const std::string& className, const Stored& stored);
   Value LoadArray(HostArray array);
   HostArray StoreArray(const Value& array);
 };

@@ -199,8 +199,7 @@ void Runtime::DeclareExtensionClasses() {
 }
 
 void Runtime::Note(const char* operation) {
-  Model::CallCounter& counter = model_->callCounts[operation];
-  if (counter.calls++ == 0) counter.operation = operation;
+  model_->callCounts.Count(operation);
   if (model_->recording) model_->operations.push_back(operation);
 }
 
@@ -504,11 +503,7 @@ int Runtime::OutstandingDecimalTexts() const {
 int Runtime::OutstandingCallInfos() const { return static_cast<int>(model_->callFrames.size()); }
 
 int Runtime::CallCount(const std::string& operation) const {
-  int calls = 0;
-  for (const auto& [address, counter] : model_->callCounts) {
-    if (counter.operation == operation) calls += counter.calls;
-  }
-  return calls;
+  return model_->callCounts.Calls(operation);
 }
 
 const std::vector<std::string>& Runtime::FieldIdRequests() const { return model_->fieldIdRequests; }

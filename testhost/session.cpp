@@ -332,8 +332,9 @@ HostFieldId Runtime::GetFieldId(HostClass cls, const char* name) {
   ClassDef* def = model_->FindClassDef(cls, __func__);
   if (def == nullptr) return kNoField;
   // Byte for byte: the extension lower-cases what it asks for.
+  std::string_view wanted(name);
   for (size_t i = 0; i < def->fields.size(); ++i) {
-    if (def->fields[i].name == name) return static_cast<HostFieldId>(i);
+    if (def->fields[i].name == wanted) return static_cast<HostFieldId>(i);
   }
   return kNoField;
 }
