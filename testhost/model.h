@@ -37,14 +37,18 @@ struct Runtime::Stored {
 // addresses has several entries, which Calls adds up.
 class OperationCounts {
  public:
+  OperationCounts() : slots_(128) {}
   void Count(const char* operation) {
-    if (2 * (used_ + 1) > slots_.size()) Grow();
-    Slot& slot = Find(operation);
-    if (slot.operation == nullptr) {
-      slot.operation = operation;
+    Slot* slot = &Find(operation);
+    if (slot->operation == nullptr) {
+      if (2 * (used_ + 1) > slots_.size()) {
+        Grow();
+        slot = &Find(operation);
+      }
+      slot->operation = operation;
       ++used_;
     }
-    ++slot.calls;
+    ++slot->calls;
   }
   int Calls(std::string_view operation) const {
     int calls = 0;
@@ -62,12 +66,12 @@ class OperationCounts {
   // Open addressing with linear probing over a power-of-two table.
   Slot& Find(const char* operation) {
     size_t mask = slots_.size() - 1;
-    size_t i = (reinterpret_cast<uintptr_t>(operation) >> 3) * 0x9E3779B97F4A7C15u >> 40 & mask;
+    size_t i = (reinterpret_cast<uintptr_t>(operation) >> 3) & mask;
     while (slots_[i].operation != nullptr && slots_[i].operation != operation) i = (i + 1) & mask;
     return slots_[i];
   }
   void Grow() {
-    std::vector<Slot> old(slots_.empty() ? 128 : 2 * slots_.size());
+    std::vector<Slot> old(2 * slots_.size());
     old.swap(slots_);
     for (const Slot& slot : old) {
       if (slot.operation != nullptr) Find(slot.operation) = slot;
