@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -27,6 +26,7 @@ std::string_view View(const SOAPString& text) { return std::string_view(text.CSt
 class NamespacePrefixes {
  public:
   NamespacePrefixes() {
+    entries_.reserve(8);
     Add(ns::kEnvelope, "SOAP-ENV");
     Add(ns::kEncoding, "SOAP-ENC");
     Add(ns::kSchemaInstance, "xsi");
@@ -35,16 +35,14 @@ class NamespacePrefixes {
 
   void Use(const SOAPString& uri) {
     std::string_view text = View(uri);
-    if (text.empty() || index_.count(text) != 0) return;
+    if (text.empty() || Find(text) != nullptr) return;
     Add(text, "ns" + std::to_string(++generated_));
   }
 
   // The prefix of a namespace that Use has seen; empty for no namespace.
   std::string_view PrefixOf(std::string_view uri) const {
-    if (uri.empty()) return {};
-    auto found = index_.find(uri);
-    return found == index_.end() ? std::string_view()
-                                 : std::string_view(entries_[found->second].second);
+    const std::string* prefix = uri.empty() ? nullptr : Find(uri);
+    return prefix != nullptr ? std::string_view(*prefix) : std::string_view();
   }
 
   void WriteDeclarations(std::string& out) const {
@@ -61,11 +59,18 @@ class NamespacePrefixes {
 
  private:
   void Add(std::string_view uri, std::string prefix) {
-    index_.emplace(uri, entries_.size());
     entries_.emplace_back(uri, std::move(prefix));
   }
 
-  std::unordered_map<std::string_view, size_t> index_;
+  // A message uses a handful of namespaces: a scan of them costs less than hashing the name, and
+  // the table needs no allocation of its own beyond the list.
+  const std::string* Find(std::string_view uri) const {
+    for (const auto& [known, prefix] : entries_) {
+      if (known == uri) return &prefix;
+    }
+    return nullptr;
+  }
+
   std::vector<std::pair<std::string_view, std::string>> entries_;
   unsigned generated_ = 0;
 };
@@ -206,9 +211,10 @@ class RequestWriter {
     return true;
   }
 
+  // The name was checked when the element was opened.
   void CloseTag(const SOAPQName& name, bool isBody) {
     out_.append("</");
-    AppendName(name, isBody || document_);
+    AppendCheckedName(name, isBody || document_);
     out_.push_back('>');
   }
 
@@ -245,9 +251,12 @@ class RequestWriter {
           "Can't write the element or attribute name '%.200s': it isn't an XML name",
           name.GetName().CStr());
     }
+    AppendCheckedName(name, qualified);
+  }
+  void AppendCheckedName(const SOAPQName& name, bool qualified) {
     std::string_view prefix = qualified ? prefixes_.PrefixOf(View(name.GetNamespace())) : "";
     if (!prefix.empty()) out_.append(prefix).push_back(':');
-    out_.append(local);
+    out_.append(View(name.GetName()));
   }
 
   void AppendText(const SOAPString& text, const SOAPQName& owner, EscapeContext context) {
