@@ -37,15 +37,15 @@ HostArray Runtime::Model::AddArray(HostValueKind itemKind, bool objectItems, Hos
 }
 
 ClassDef* Runtime::Model::FindClassDef(HostClass cls, const char* operation) {
-  return Known(classes, cls, operation, "class");
+  return Known(classes, lastClass, cls, operation, "class");
 }
 
 ObjectData* Runtime::Model::FindObject(HostObject object, const char* operation) {
-  return Known(objects, object, operation, "object");
+  return Known(objects, lastObject, object, operation, "object");
 }
 
 ArrayData* Runtime::Model::FindArray(HostArray array, const char* operation) {
-  return Known(arrays, array, operation, "array");
+  return Known(arrays, lastArray, array, operation, "array");
 }
 
 bool Runtime::Model::HandleKnown(int kind, uint32_t handle) const {

@@ -214,12 +214,28 @@ struct Runtime::Model {
   HostArray AddArray(HostValueKind itemKind, bool objects, HostClass itemClass, bool bounded,
                      int32_t length);
 
+  // The last thing found in a table. The extension asks about the same class and object many
+  // times in a row (a structure's fields one by one), so this saves most lookups; the table's
+  // nodes stay where they are as it grows, and erasing an object forgets the memo.
+  template <typename Thing>
+  struct LastFound {
+    uint32_t handle = 0;
+    Thing* thing = nullptr;
+  };
+  LastFound<ClassDef> lastClass;
+  LastFound<ObjectData> lastObject;
+  LastFound<ArrayData> lastArray;
+
   // The thing a handle names; null, the misuse recorded, when it names none.
   template <typename Thing>
-  Thing* Known(std::unordered_map<uint32_t, Thing>& table, uint32_t handle, const char* operation,
-               const char* what) {
+  Thing* Known(std::unordered_map<uint32_t, Thing>& table, LastFound<Thing>& last, uint32_t handle,
+               const char* operation, const char* what) {
+    if (handle != 0 && handle == last.handle) return last.thing;
     auto found = table.find(handle);
-    if (found != table.end()) return &found->second;
+    if (found != table.end()) {
+      last = {handle, &found->second};
+      return &found->second;
+    }
     Misuse(std::string(operation) + ": unknown " + what + " " + std::to_string(handle));
     return nullptr;
   }

@@ -307,6 +307,7 @@ void Runtime::DestroyObject(HostObject object) {
   IHostMarshaler* marshaler = found->second.marshaler;
   IHostNonVisualObject* instance = found->second.instance;
   model_->objects.erase(found);
+  model_->lastObject = {};
   if (pendingException_ == object) pendingException_ = 0;
   if (marshaler != nullptr) marshaler->Destroy();
   if (instance != nullptr) instance->Destroy();
