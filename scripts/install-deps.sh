@@ -9,7 +9,7 @@ $SUDO apt-get update
 $SUDO apt-get install -y --no-install-recommends \
   build-essential cmake ninja-build pkg-config git dpkg-dev \
   libgtest-dev libgmock-dev libbenchmark-dev \
-  libcurl4-openssl-dev libssl-dev libexpat1-dev nlohmann-json3-dev \
+  libcurl4-openssl-dev libssl-dev libexpat1-dev nlohmann-json3-dev zlib1g-dev \
   gsoap libgsoap-dev tinyproxy openssl ca-certificates \
   locales clang libclang-rt-14-dev valgrind wrk
 # Locales for the code-page and decimal-point tests: Latin-1 and a comma decimal point.

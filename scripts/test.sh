@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Set-up and tests on a fresh machine: installs the dependencies, builds, and runs the whole suite
-# twice, once plainly and once under AddressSanitizer and UndefinedBehaviorSanitizer.
+# three times, plainly, under AddressSanitizer and UndefinedBehaviorSanitizer, and under
+# ThreadSanitizer; then runs every fuzzer for a bounded time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 if [ "${TSSOAP_SKIP_INSTALL:-0}" != "1" ]; then scripts/install-deps.sh; fi
 jobs=$(nproc)
-for preset in default sanitize; do
+for preset in default sanitize tsan; do
   cmake --preset "$preset"
   cmake --build --preset "$preset" -j "$jobs"
   ctest --preset "$preset" -j "$jobs"
@@ -22,10 +23,14 @@ dpkg-deb -c "$deb" | grep ' ./usr/libexec/tssoap/sample_service$' >/dev/null
 dpkg-deb -x "$deb" "$scratch/deb"
 "$scratch/deb/usr/bin/tssoap" demo >/dev/null
 echo "installed and packaged: $deb"
-# The array decoder's fuzzer: the whole project built with clang, then a short bounded run from
-# the seed corpus. New inputs go to a scratch corpus in the build tree, never into the seeds.
+# Every fuzzer: the code they read built instrumented with clang, then a bounded run of each from
+# its seed corpus (about five minutes in all). New inputs go to a scratch corpus in the build tree,
+# never into the seeds.
 cmake --preset fuzz
-cmake --build --preset fuzz -j "$jobs"
-mkdir -p build/fuzz/corpus-work
-build/fuzz/fuzz/soap_array_decoder_fuzz -max_total_time=60 -malloc_limit_mb=64 \
-  -dict=fuzz/soap_array_decoder.dict build/fuzz/corpus-work fuzz/corpus/soap_array_decoder
+cmake --build --preset fuzz -j "$jobs" --target fuzzers
+for fuzzer in fuzz/*_fuzz.cpp; do
+  name=$(basename "$fuzzer" _fuzz.cpp)
+  mkdir -p "build/fuzz/corpus-work/$name"
+  "build/fuzz/fuzz/${name}_fuzz" -max_total_time="${TSSOAP_FUZZ_SECONDS:-45}" -malloc_limit_mb=64 \
+    -dict="fuzz/$name.dict" "build/fuzz/corpus-work/$name" "fuzz/corpus/$name"
+done

@@ -36,7 +36,12 @@ HostType HostType::Item() const {
 
 std::string HostType::Name() const {
   std::string name = IsStructure() ? structure : std::string(SimpleTypeName(kind));
-  if (isArray) name += bounded ? "[" + std::to_string(boundedLength) + "]" : "[]";
+  if (!isArray) return name;
+  // Appended piece by piece: GCC 12 warns (-Wrestrict, a false positive at -O3) about
+  // "literal" + std::string.
+  name += '[';
+  if (bounded) name += std::to_string(boundedLength);
+  name += ']';
   return name;
 }
 
@@ -102,10 +107,9 @@ std::optional<HostType> ParseHostType(std::string_view text, std::string* proble
     return type;
   }
   if (!IsHostName(base)) {
-    *problem = base.empty()
-                   ? std::string("the type name is empty")
-                   : "\"" + std::string(base) + "\" is neither a host type (" + SimpleTypeNames() +
-                         ") nor a structure class name (lower-case letters, digits, _)";
+    *problem = base.empty() ? std::string("the type name is empty")
+                            : Quoted(base) + " is neither a host type (" + SimpleTypeNames() +
+                                  ") nor a structure class name (lower-case letters, digits, _)";
     return std::nullopt;
   }
   type.structure = std::string(base);
