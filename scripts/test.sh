@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Set-up and tests on a fresh machine: installs the dependencies, builds, and runs the whole suite
 # three times, plainly, under AddressSanitizer and UndefinedBehaviorSanitizer, and under
-# ThreadSanitizer; then runs every fuzzer for a bounded time.
+# ThreadSanitizer; builds Release; then runs every fuzzer for a bounded time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 if [ "${TSSOAP_SKIP_INSTALL:-0}" != "1" ]; then scripts/install-deps.sh; fi
@@ -23,6 +23,9 @@ dpkg-deb -c "$deb" | grep ' ./usr/libexec/tssoap/sample_service$' >/dev/null
 dpkg-deb -x "$deb" "$scratch/deb"
 "$scratch/deb/usr/bin/tssoap" demo >/dev/null
 echo "installed and packaged: $deb"
+# A Release build with warnings as errors: GCC warns at -O3 where it doesn't at -O2.
+cmake -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DTSSOAP_WERROR=ON
+cmake --build build/release -j "$jobs"
 # Every fuzzer: the code they read built instrumented with clang, then a bounded run of each from
 # its seed corpus (about five minutes in all). New inputs go to a scratch corpus in the build tree,
 # never into the seeds.

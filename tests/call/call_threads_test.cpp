@@ -7,12 +7,12 @@
 // TSSOAP_THREAD_CALLS sets the calls per thread (the ThreadSanitizer preset asks for fewer).
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <cstdlib>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "common/environment_locale.h"
 #include "common/server_process.h"
 #include "testhost/testhost.h"
 
@@ -118,8 +118,8 @@ std::vector<std::string> RunScript(int thread, int calls, const std::string& opt
 
 TEST(CallThreads, EveryThreadGetsItsOwnAnswersWithAndWithoutTheConnectionCache) {
   ASSERT_TRUE(SampleServer().Started()) << SampleServer().Error();
-  setenv("LC_ALL", "en_US.ISO-8859-1", 1);
-  ASSERT_NE(std::setlocale(LC_ALL, ""), nullptr) << "the locale en_US.ISO-8859-1 is missing";
+  EnvironmentLocale latin1("en_US.ISO-8859-1");
+  ASSERT_TRUE(latin1.available) << "the locale en_US.ISO-8859-1 is missing";
   const int calls = CallsPerThread();
   for (const char* options : {"connectioncache=true", "connectioncache=false"}) {
     SCOPED_TRACE(options);
@@ -135,8 +135,6 @@ TEST(CallThreads, EveryThreadGetsItsOwnAnswersWithAndWithoutTheConnectionCache) 
       for (const std::string& line : lines) ADD_FAILURE() << line;
     }
   }
-  std::setlocale(LC_ALL, "C");
-  unsetenv("LC_ALL");
 }
 
 }  // namespace

@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <optional>
 #include <string>
+#include <thread>
 #include <tuple>
+#include <vector>
 
 #include "common/environment_locale.h"
 
@@ -49,6 +52,28 @@ TEST(TextConversions, FollowTheEnvironmentAndTheProcessLocaleFromCallToCall) {
   // A surrogate pair is one character on its way to the host; a lone one has no form.
   EXPECT_EQ(Ucs2ToHostText(u"\xD83D\xDE00"), "\xF0\x9F\x98\x80");
   EXPECT_EQ(Ucs2ToHostText(u"a\xD83D"), std::nullopt);
+}
+
+// Scripts on several threads convert at once. A thread's first conversion selects the code page
+// for the whole process while the other threads read the process locale's name; each round starts
+// new threads, so that every round selects again.
+TEST(TextConversions, ConvertOnManyThreadsAtOnce) {
+  EnvironmentLocale latin1("en_US.ISO-8859-1");
+  if (!latin1.available) GTEST_SKIP() << "en_US.ISO-8859-1 is not installed";
+  for (int round = 0; round < 20; ++round) {
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 8; ++thread) {
+      threads.emplace_back([&wrong] {
+        for (int i = 0; i < 50; ++i) {
+          if (HostTextToUtf8("caf\xE9") != "caf\xC3\xA9") ++wrong;
+          if (Utf8ToHostText("caf\xC3\xA9") != "caf\xE9") ++wrong;
+        }
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(wrong.load(), 0) << "round " << round;
+  }
 }
 
 TEST(TextConversions, Ucs2AndUtf8GiveOneUnitPerSequence) {
