@@ -15,6 +15,8 @@
 
 namespace {
 
+using tssoap::HostValueRecord;
+
 // Runs one conversion of row on record; false when it raised SOAPException.
 bool Convert(testhost::Runtime& host, HostObject proxy, const tssoap::XmlDataTypeRow& row,
              XmlValueText& value, HostValueRecord& record, bool in) {

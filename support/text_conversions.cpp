@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <mutex>
 #include <string_view>
 
 extern char** environ;
@@ -77,9 +78,16 @@ struct SelectionKey {
 // page. Selecting costs microseconds a call, so a selection that would change nothing -- the
 // environment's variables and the process locale are as the calling thread's last selection left
 // them -- is skipped.
+//
+// setlocale(LC_ALL, "") frees the name that setlocale(LC_ALL, nullptr) handed out before, so a
+// thread reading the name while another selects would read freed text: the selections and the
+// reads of the name take one lock. (A host that calls setlocale itself on another thread at the
+// same moment is beyond what the extension can guard.)
 void SelectHostCodePage() {
+  static std::mutex selecting;
   thread_local SelectionKey last;
   SelectionKey now;
+  std::lock_guard<std::mutex> guard(selecting);
   if (last.length != 0 && now.Build() && now == last) return;
   setlocale(LC_ALL, "");
   last.Build();

@@ -26,11 +26,6 @@ using testhost::CallOutcome;
 using testhost::Runtime;
 using testhost::Value;
 
-// "<head>@urn:tssoap-sample@urn:tssoap-sample#<the head up to its "(">".
-std::string SampleOperation(const std::string& head) {
-  return head + "@urn:tssoap-sample@urn:tssoap-sample#" + head.substr(0, head.find('('));
-}
-
 const std::string kPing = SampleOperation("ping()");
 const std::string kEchoString =
     SampleOperation("echoString([in] xsd:string input) return xsd:string result");
@@ -38,11 +33,7 @@ const std::string kEchoString =
 #define NON_ASCII "d\xE9j\xE0 vu"
 constexpr const char* kNonAscii = NON_ASCII;
 
-// Started on first use and ended with the program; it also ends when its stdin pipe closes.
-ServerProcess& SampleServer() {
-  static ServerProcess* server = new ServerProcess(StartSampleService());
-  return *server;
-}
+ServerProcess& SampleServer() { return SharedSampleService(); }
 
 // A loopback server that answers every request with an echoString response holding result.
 LoopbackHttpServer EchoAnswering(const std::string& result) {

@@ -25,10 +25,6 @@ using testhost::Value;
 
 constexpr int kThreads = 8;
 
-std::string SampleOperation(const std::string& head) {
-  return head + "@urn:tssoap-sample@urn:tssoap-sample#" + head.substr(0, head.find('('));
-}
-
 const std::string kEchoString =
     SampleOperation("echoString([in] xsd:string input) return xsd:string result");
 const std::string kEchoInt = SampleOperation("echoInt([in] xsd:int input) return xsd:int result");
@@ -40,11 +36,6 @@ const std::string kEchoStringArray = SampleOperation(
     "return xsd:string[SoapElementName] result");
 const std::string kFailWithDetail =
     SampleOperation("failWithDetail([in] xsd:string reason) return xsd:string result");
-
-ServerProcess& SampleServer() {
-  static ServerProcess* server = new ServerProcess(StartSampleService());
-  return *server;
-}
 
 int CallsPerThread() {
   const char* calls = std::getenv("TSSOAP_THREAD_CALLS");
@@ -117,7 +108,7 @@ std::vector<std::string> RunScript(int thread, int calls, const std::string& opt
 }
 
 TEST(CallThreads, EveryThreadGetsItsOwnAnswersWithAndWithoutTheConnectionCache) {
-  ASSERT_TRUE(SampleServer().Started()) << SampleServer().Error();
+  ASSERT_TRUE(SharedSampleService().Started()) << SharedSampleService().Error();
   EnvironmentLocale latin1("en_US.ISO-8859-1");
   ASSERT_TRUE(latin1.available) << "the locale en_US.ISO-8859-1 is missing";
   const int calls = CallsPerThread();
@@ -127,7 +118,7 @@ TEST(CallThreads, EveryThreadGetsItsOwnAnswersWithAndWithoutTheConnectionCache) 
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread) {
       threads.emplace_back([&, thread] {
-        wrong[thread] = RunScript(thread, calls, options, SampleServer().Url("/"));
+        wrong[thread] = RunScript(thread, calls, options, SharedSampleService().Url("/"));
       });
     }
     for (std::thread& thread : threads) thread.join();

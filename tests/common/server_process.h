@@ -16,6 +16,12 @@ std::string SampleServicePath();
 
 // The sample service on an ephemeral port.
 ServerProcess StartSampleService();
+// One sample service for the whole test program, started on first use and ended with the program
+// (it also ends when its stdin pipe closes).
+ServerProcess& SharedSampleService();
+// The method description of a sample operation:
+// "<head>@urn:tssoap-sample@urn:tssoap-sample#<the head up to its "(">".
+std::string SampleOperation(const std::string& head);
 
 // The sample service's namespace and the SOAP encoding namespaces, for building requests.
 inline constexpr const char* kSampleNamespace = "urn:tssoap-sample";
