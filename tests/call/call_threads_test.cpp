@@ -1,8 +1,8 @@
-// Proxy calls from several script threads at once: each thread has its own session of the
-// reference host, its own soapconnection and proxy object, and calls the sample service through
-// the extension loaded with dlopen, as scripts on the runtime's threads do. Every answer is
-// checked, with the connection cache on and off, and with the host's code page Latin-1 so that the
-// code-page conversions (which select the process locale) run in every call.
+// Proxy calls from several script threads at once, as scripts on the runtime's threads make them:
+// the extension is loaded once (dlopen) for the process, and each thread has its own session of
+// the reference host, its own soapconnection and proxy object, and calls the sample service. Every
+// answer is checked, with the connection cache on and off, and with the host's code page Latin-1 so
+// that the code-page conversions (which select the process locale) run in every call.
 //
 // TSSOAP_THREAD_CALLS sets the calls per thread (the ThreadSanitizer preset asks for fewer).
 #include <gtest/gtest.h>
@@ -44,10 +44,10 @@ int CallsPerThread() {
 
 // One script: its own host session, connection and proxy; `calls` calls that go round five
 // operations. Returns the calls whose answer was wrong, described, or why the proxy wasn't made.
-std::vector<std::string> RunScript(int thread, int calls, const std::string& options,
-                                   const std::string& url) {
+std::vector<std::string> RunScript(const testhost::ExtensionEntryPoints& extension, int thread,
+                                   int calls, const std::string& options, const std::string& url) {
   std::vector<std::string> wrong;
-  Runtime host;
+  Runtime host(extension);
   host.DefineProxyClass(
       "sampleproxy",
       {{"endpoint", url}, {"xsd", "http://www.w3.org/2001/XMLSchema"}, {"BindingStyle", "rpc"}});
@@ -111,6 +111,7 @@ TEST(CallThreads, EveryThreadGetsItsOwnAnswersWithAndWithoutTheConnectionCache) 
   ASSERT_TRUE(SharedSampleService().Started()) << SharedSampleService().Error();
   EnvironmentLocale latin1("en_US.ISO-8859-1");
   ASSERT_TRUE(latin1.available) << "the locale en_US.ISO-8859-1 is missing";
+  const testhost::ExtensionLibrary extension(testhost::DefaultExtensionPath());
   const int calls = CallsPerThread();
   for (const char* options : {"connectioncache=true", "connectioncache=false"}) {
     SCOPED_TRACE(options);
@@ -118,7 +119,8 @@ TEST(CallThreads, EveryThreadGetsItsOwnAnswersWithAndWithoutTheConnectionCache) 
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread) {
       threads.emplace_back([&, thread] {
-        wrong[thread] = RunScript(thread, calls, options, SharedSampleService().Url("/"));
+        wrong[thread] = RunScript(extension.EntryPoints(), thread, calls, options,
+                                  SharedSampleService().Url("/"));
       });
     }
     for (std::thread& thread : threads) thread.join();
