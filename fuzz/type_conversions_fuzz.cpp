@@ -5,6 +5,7 @@
 // also send.
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -17,9 +18,10 @@ namespace {
 
 using tssoap::HostValueRecord;
 
-// Runs one conversion of row on record; false when it raised SOAPException.
+// Runs one conversion of row on record; false when it raised SOAPException, whose message goes
+// to *message.
 bool Convert(testhost::Runtime& host, HostObject proxy, const tssoap::XmlDataTypeRow& row,
-             XmlValueText& value, HostValueRecord& record, bool in) {
+             XmlValueText& value, HostValueRecord& record, bool in, std::string* message) {
   static const std::string kTypeName = "xsd:any";
   SOAPParameter parameter;
   tssoap::ConversionContext context{parameter, host, proxy,   kTypeName, record,
@@ -30,10 +32,18 @@ bool Convert(testhost::Runtime& host, HostObject proxy, const tssoap::XmlDataTyp
     } else {
       row.conversion->toXmlText(value, context);
     }
-  } catch (const SOAPException&) {
+  } catch (const SOAPException& failure) {
+    *message = failure.What() != nullptr ? failure.What() : "";
     return false;
   }
   return true;
+}
+
+[[noreturn]] void Finding(const tssoap::XmlDataTypeRow& row, const char* step,
+                          const std::string& text, const std::string& message) {
+  std::fprintf(stderr, "row %s: %s of \"%s\" failed: %s\n", row.name, step, text.c_str(),
+               message.c_str());
+  std::abort();
 }
 
 }  // namespace
@@ -48,11 +58,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     XmlValueText in;
     in.text = text.c_str();
     HostValueRecord record{};
-    if (!Convert(host, proxy, row, in, record, true) || row.hostKind == 0) continue;
+    std::string message;
+    if (!Convert(host, proxy, row, in, record, true, &message) || row.hostKind == 0) continue;
     XmlValueText out;
-    if (!Convert(host, proxy, row, out, record, false)) std::abort();
+    if (!Convert(host, proxy, row, out, record, false, &message)) {
+      Finding(row, "ToXmlText", in.text, message);
+    }
     HostValueRecord again{};
-    if (!Convert(host, proxy, row, out, again, true)) std::abort();
+    if (!Convert(host, proxy, row, out, again, true, &message)) {
+      Finding(row, "FromXmlText", out.text, message);
+    }
   }
   return 0;
 }

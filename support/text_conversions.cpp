@@ -99,8 +99,9 @@ bool IsHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool IsLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
 // Walks a code-page text character by character. Returns false when a byte sequence is no
-// character of the code page, or when a character lies beyond the 16-bit range: the wire side of
-// this system carries single units only, and an emoji cut to 16 bits would be a silent change.
+// character of the code page. A character beyond the 16-bit range gives the two units of its
+// surrogate pair, as a 16-bit wide conversion does: the way in writes such a pair to the host as
+// its one character, so the host can send back what it received.
 template <typename OnUnit>
 bool WalkHostText(const char* text, size_t length, OnUnit onUnit) {
   std::mbstate_t state{};
@@ -117,8 +118,14 @@ bool WalkHostText(const char* text, size_t length, OnUnit onUnit) {
     size_t used = std::mbrtowc(&character, text + at, length - at, &state);
     if (used == static_cast<size_t>(-1) || used == static_cast<size_t>(-2)) return false;
     if (used == 0) used = 1;  // an embedded NUL cannot occur before length; be safe anyway
-    if (static_cast<char32_t>(character) > 0xFFFF) return false;
-    onUnit(static_cast<char16_t>(character));
+    const auto codePoint = static_cast<char32_t>(character);
+    if (codePoint > 0x10FFFF) return false;
+    if (codePoint > 0xFFFF) {
+      onUnit(static_cast<char16_t>(0xD800 + ((codePoint - 0x10000) >> 10)));
+      onUnit(static_cast<char16_t>(0xDC00 + ((codePoint - 0x10000) & 0x3FF)));
+    } else {
+      onUnit(static_cast<char16_t>(codePoint));
+    }
     at += used;
   }
   return true;

@@ -11,8 +11,8 @@
 
 namespace tssoap {
 
-// Nothing when a byte sequence is no character of the code page, or when a character lies beyond
-// the 16-bit range.
+// Nothing when a byte sequence is no character of the code page; a character beyond the 16-bit
+// range becomes a surrogate pair.
 std::optional<std::u16string> HostTextToUcs2(const char* text);
 // Nothing when a unit has no form in the code page (a lone surrogate included); a surrogate pair is
 // converted as the one character it stands for.

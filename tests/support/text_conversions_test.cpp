@@ -24,7 +24,9 @@ TEST(TextConversions, FollowTheEnvironmentsCodePageBothWays) {
       {"en_US.UTF-8", "\xE2\x82\xAC", "\xE2\x82\xAC"},
       {"en_US.UTF-8", "bad \xFF", std::nullopt},
       {"en_US.UTF-8", "cut \xC3", std::nullopt},
-      {"en_US.UTF-8", "\xF0\x9F\x98\x80", std::nullopt}};  // beyond 16 bits: refused, not cut
+      // Beyond 16 bits: a surrogate pair, each unit in three bytes, and back to one character.
+      {"en_US.UTF-8", "\xF0\x9F\x98\x80", "\xED\xA0\xBD\xED\xB8\x80"},
+      {"en_US.UTF-8", "a\xF4\x8F\xBF\xBFz", "a\xED\xAF\xBF\xED\xBF\xBFz"}};
   for (const auto& [name, hostText, utf8] : cases) {
     SCOPED_TRACE(std::string(name) + " " + hostText);
     EnvironmentLocale locale(name);
