@@ -3,8 +3,8 @@
 // cursor never leaving the text; a proxy server's scheme is one of the three the address rule
 // knows, or none.
 //
-// The fuzzer never opens a log file: an input that names soaplog anywhere is only scanned, since
-// its quoted text would be a path on this machine.
+// The fuzzer never opens a log file: an input that names soaplog anywhere is only checked, not
+// applied, since its quoted text would be a path on this machine.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -45,7 +45,11 @@ void CheckResult(int32_t result, const tssoap::ConnectionSettings& settings) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string_view options(reinterpret_cast<const char*>(data), size);
   tssoap::ConnectionSettings settings;
-  if (!ScanAll(options)) CheckResult(tssoap::ApplyOptions(options, settings), settings);
+  if (ScanAll(options)) {
+    tssoap::CheckOptions(options, false);
+  } else {
+    CheckResult(tssoap::ApplyOptions(options, settings), settings);
+  }
   CheckResult(tssoap::ApplyProxyServerOptions(options, settings), settings);
   tssoap::SetProxyServerAddress(options, settings);
   CheckResult(tssoap::kOptionsValid, settings);
