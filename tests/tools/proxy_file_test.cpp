@@ -72,6 +72,7 @@ TEST(ProxyFile, NamesTheFilePlaceAndProblem) {
     const char* message;
   } cases[] = {
       {kValid, "{\"class\": ", "not JSON: parse error at line 1, column 11"},
+      {"\"rpc\"", "6e831", "not JSON: number overflow parsing '6e831'"},
       {kValid, "[1, 2]", "a proxy file is a JSON object"},
       {"\"class\": \"echoproxy\",", "", "/class: missing: the proxy class's name"},
       {"\"echoproxy\"", "\"EchoProxy\"", "/class: \"EchoProxy\" is no proxy class name"},

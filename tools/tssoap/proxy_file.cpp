@@ -354,8 +354,9 @@ ProxyFile ProxyFile::Parse(std::string_view text, const std::string& path) {
   Json root;
   try {
     root = Json::parse(text.begin(), text.end());
-  } catch (const Json::parse_error& error) {
-    // "[json.exception.parse_error.101] parse error at line 3, column 5: ..." without the tag.
+  } catch (const Json::exception& error) {
+    // "[json.exception.parse_error.101] parse error at line 3, column 5: ..." without the tag; also
+    // a number beyond a double ("[json.exception.out_of_range.406] number overflow ...").
     std::string message = error.what();
     if (size_t tag = message.find("] ");
         message.rfind("[json.exception", 0) == 0 && tag != std::string::npos) {
