@@ -8,25 +8,27 @@
 
 namespace testhost {
 
-namespace {
+std::span<const SimpleTypeName> SimpleTypeNames() {
+  static constexpr SimpleTypeName kNames[] = {
+      {"int", kHostInt, true},           {"long", kHostLong, true},
+      {"real", kHostReal, true},         {"double", kHostDouble, true},
+      {"decimal", kHostDecimal, true},   {"string", kHostString, true},
+      {"boolean", kHostBoolean, true},   {"any", kHostAny, true},
+      {"uint", kHostUint, true},         {"ulong", kHostUlong, true},
+      {"blob", kHostBlob, true},         {"date", kHostDate, true},
+      {"time", kHostTime, true},         {"datetime", kHostDateTime, true},
+      {"longlong", kHostLongLong, true}, {"integer", kHostInt, false},
+      {"dec", kHostDecimal, false},      {"unsignedinteger", kHostUint, false},
+      {"unsignedint", kHostUint, false}, {"unsignedlong", kHostUlong, false},
+  };
+  return kNames;
+}
 
-struct TypeName {
-  std::string_view name;
-  HostValueKind kind;
-};
-constexpr TypeName kTypeNames[] = {
-    {"int", kHostInt},           {"integer", kHostInt},       {"long", kHostLong},
-    {"real", kHostReal},         {"double", kHostDouble},     {"decimal", kHostDecimal},
-    {"dec", kHostDecimal},       {"string", kHostString},     {"boolean", kHostBoolean},
-    {"any", kHostAny},           {"uint", kHostUint},         {"unsignedinteger", kHostUint},
-    {"unsignedint", kHostUint},  {"ulong", kHostUlong},       {"unsignedlong", kHostUlong},
-    {"blob", kHostBlob},         {"date", kHostDate},         {"time", kHostTime},
-    {"datetime", kHostDateTime}, {"longlong", kHostLongLong},
-};
+namespace {
 
 ParameterDecl TypeDecl(std::string_view type) {
   ParameterDecl decl;
-  for (const TypeName& known : kTypeNames) {
+  for (const SimpleTypeName& known : SimpleTypeNames()) {
     if (known.name == type) {
       decl.kind = known.kind;
       return decl;

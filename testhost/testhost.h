@@ -14,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -22,6 +23,16 @@
 #include "host/host_interfaces.h"
 
 namespace testhost {
+
+// The runtime's names of its simple types, in the order of the kind numbers. The first name of a
+// kind is the one it is printed under; the runtime also accepts the other spellings in
+// declarations.
+struct SimpleTypeName {
+  std::string_view name;
+  HostValueKind kind;
+  bool printed;  // the kind's own name, not another spelling of it
+};
+std::span<const SimpleTypeName> SimpleTypeNames();
 
 struct DateParts {
   int16_t year = 0, month = 0, day = 0;

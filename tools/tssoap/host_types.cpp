@@ -1,25 +1,24 @@
 #include "tools/tssoap/host_types.h"
 
 #include <charconv>
+#include <vector>
 
 #include "tools/tssoap/message_text.h"
 
 namespace tssoap::cli {
 namespace {
 
-struct SimpleType {
-  std::string_view name;
-  HostValueKind kind;
-};
-
-// In the order of the host's kind numbers, which is the order --help and messages list them in.
-constexpr SimpleType kSimpleTypes[] = {
-    {"int", kHostInt},         {"long", kHostLong},         {"real", kHostReal},
-    {"double", kHostDouble},   {"decimal", kHostDecimal},   {"string", kHostString},
-    {"boolean", kHostBoolean}, {"any", kHostAny},           {"uint", kHostUint},
-    {"ulong", kHostUlong},     {"blob", kHostBlob},         {"date", kHostDate},
-    {"time", kHostTime},       {"datetime", kHostDateTime}, {"longlong", kHostLongLong},
-};
+// The tool takes each kind under its printed name only, so that what it prints reads back.
+const std::vector<testhost::SimpleTypeName>& PrintedTypes() {
+  static const std::vector<testhost::SimpleTypeName> printed = [] {
+    std::vector<testhost::SimpleTypeName> types;
+    for (const testhost::SimpleTypeName& type : testhost::SimpleTypeNames()) {
+      if (type.printed) types.push_back(type);
+    }
+    return types;
+  }();
+  return printed;
+}
 
 bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
@@ -46,14 +45,14 @@ std::string HostType::Name() const {
 }
 
 const char* SimpleTypeName(HostValueKind kind) {
-  for (const SimpleType& type : kSimpleTypes) {
+  for (const testhost::SimpleTypeName& type : PrintedTypes()) {
     if (type.kind == kind) return type.name.data();
   }
   return nullptr;
 }
 
 std::optional<HostValueKind> SimpleTypeKind(std::string_view name) {
-  for (const SimpleType& type : kSimpleTypes) {
+  for (const testhost::SimpleTypeName& type : PrintedTypes()) {
     if (type.name == name) return type.kind;
   }
   return std::nullopt;
@@ -61,7 +60,7 @@ std::optional<HostValueKind> SimpleTypeKind(std::string_view name) {
 
 const std::string& SimpleTypeNames() {
   static const std::string names =
-      JoinedNames(kSimpleTypes, [](const SimpleType& type) { return type.name; });
+      JoinedNames(PrintedTypes(), [](const testhost::SimpleTypeName& type) { return type.name; });
   return names;
 }
 
