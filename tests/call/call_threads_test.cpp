@@ -59,8 +59,8 @@ std::vector<std::string> RunScript(const testhost::ExtensionEntryPoints& extensi
   const HostObject proxy = created.proxy;
   for (int call = 0; call < calls; ++call) {
     // Latin-1 in the host's code page, unique to this call.
-    const std::string text =
-        "t" + std::to_string(thread) + " c" + std::to_string(call) + " d\xE9j\xE0 vu";
+    const std::string text = std::string("t").append(std::to_string(thread)) + " c" +
+                             std::to_string(call) + " d\xE9j\xE0 vu";
     CallOutcome outcome;
     bool right = false;
     switch (call % 5) {

@@ -114,7 +114,11 @@ TEST(DecodeSoapArray, DecodesOrRefusesWithTheMessage) {
     try {
       EXPECT_EQ(&DecodeSoapArray(element, array), &element);
       for (const XmlValueText& item : array.items) {
-        decoded += item.isNull ? "[~]" : "[" + std::string(item.text) + "]";
+        if (item.isNull) {
+          decoded += "[~]";
+        } else {
+          decoded.append("[").append(item.text).append("]");
+        }
       }
     } catch (const SOAPException& failure) {
       decoded = failure.What();

@@ -56,7 +56,7 @@ ToolResult RunTool(const std::vector<std::string>& arguments, const std::string&
   const std::string files = ::testing::TempDir() + "tssoap-tool-" + std::to_string(getpid());
   std::string command =
       env + " timeout -k 5 120 " + ShellWord(TSSOAP_BINARY_DIR "/tools/tssoap/tssoap");
-  for (const std::string& argument : arguments) command += " " + ShellWord(argument);
+  for (const std::string& argument : arguments) command.append(" ").append(ShellWord(argument));
   const int status = std::system(
       (command + " </dev/null >" + ShellWord(files + ".out") + " 2>" + ShellWord(files + ".err"))
           .c_str());

@@ -35,7 +35,7 @@ int dn__GetPeople(struct soap* soap, int count, struct dn__GetPeopleResponse& re
     dn__Person person;
     person.soap_default(soap);
     person.Name = soap_new_std__string(soap);
-    *person.Name = "p" + std::to_string(i);
+    *person.Name = std::string("p").append(std::to_string(i));
     person.Age = i;
     response.GetPeopleResult->Person.push_back(person);
   }
