@@ -56,11 +56,17 @@ int16_t SoapScanner::LookUpToken() const {
 }
 
 int16_t SoapScanner::NextToken() {
+  const int16_t id = ReadToken();
+  if (id == GetEndToken()) throw SoapScannerException();
+  return id;
+}
+
+int16_t SoapScanner::ReadToken() {
   enum class State { kSkip, kDelimiter, kWord, kWordDone };
 
   token_.clear();
   const char* const end = text_.data() + text_.size();
-  if (position_ >= end) throw SoapScannerException();
+  if (position_ >= end) return GetEndToken();
 
   State state = State::kSkip;
   for (; position_ < end; ++position_) {
@@ -99,7 +105,7 @@ int16_t SoapScanner::NextToken() {
     return id >= 0 ? id : GetWordToken();
   }
   if (state == State::kDelimiter) return LookUpToken();
-  throw SoapScannerException();
+  return GetEndToken();
 }
 
 SoapMethodScanner::SoapMethodScanner(const std::string& text)

@@ -6,9 +6,9 @@
 // The delimiter strings and keyword tables are constant. The walks read the text token by token
 // and never build a tree, so a scanner is cheap: one token buffer, reserved once.
 //
-// Running out of tokens is reported by SoapScannerException, an empty exception; the walks decide
-// whether that ends the call ("Unexpected end of alias string in the proxy") or is the normal end
-// of a return part.
+// Running out of tokens is an end token where the text may end (behind the ")" or the return
+// part: every call reaches it, so it costs no exception), and SoapScannerException, an empty
+// exception, where it ends a description early ("Unexpected end of alias string in the proxy").
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,7 @@
 
 namespace tssoap {
 
-// No token is left in the text. Carries no text and no code.
+// The text ended where a token had to follow. Carries no text and no code.
 class SoapScannerException {};
 
 // Token ids of SoapMethodScanner: the index of the keyword in its table.
@@ -36,7 +36,7 @@ enum MethodToken : int16_t {
   kMethodSoapElementName = 10,  // "SoapElementName": a SOAP-encoded array
   kMethodXmlElementName = 11,   // "XMLElementName": repeated elements
   kMethodWord = 13,             // any other word
-  kMethodEnd = 14,              // never returned: the end is reported by SoapScannerException
+  kMethodEnd = 14,              // no token is left
 };
 
 // Token ids of SoapStructScanner. From "=" on they differ from the method scanner's.
@@ -51,7 +51,7 @@ enum StructToken : int16_t {
   kStructSoapElementName = 7,  // "SoapElementName"
   kStructXmlElementName = 8,   // "XMLElementName"
   kStructWord = 10,            // any other word; "in", "out" and "return" are words here
-  kStructEnd = 11,             // never returned
+  kStructEnd = 11,             // no token is left
 };
 
 // The abstract tokenizer. White space separates words; the six delimiters "(", ")", ",", "[",
@@ -70,9 +70,11 @@ class SoapScanner {
   // Text of the token last read, keywords and delimiters included; valid until the next token.
   virtual const std::string& GetTokenText() const { return token_; }
 
-  // Reads one token and returns its id (a keyword's index, or GetWordToken()). Throws
-  // SoapScannerException when nothing but white space is left, and also when the text ends with
-  // a word followed by exactly one white-space character: that word is lost.
+  // Reads one token and returns its id (a keyword's index, or GetWordToken()), or GetEndToken()
+  // when nothing but white space is left, and also when the text ends with a word followed by
+  // exactly one white-space character: that word is lost.
+  int16_t ReadToken();
+  // The same where the text may not end: throws SoapScannerException instead of the end token.
   int16_t NextToken();
 
  protected:

@@ -141,11 +141,7 @@ void ParameterWalker::WalkResponse(const SOAPParameter& response, HostCallInfo& 
   }
 
   // A method without a result ends right behind its ")".
-  try {
-    if (scanner.NextToken() != kMethodReturn) return;
-  } catch (const SoapScannerException&) {
-    return;
-  }
+  if (scanner.ReadToken() != kMethodReturn) return;
 
   HostValueRecord record{};
   ReadHostValue(record, info.returnValue, true);
@@ -153,7 +149,8 @@ void ParameterWalker::WalkResponse(const SOAPParameter& response, HostCallInfo& 
   try {
     ReceiveOne(response, scanner, record, true);
   } catch (const SoapScannerException&) {
-    // The text always ends behind the return part's name: this is the normal end.
+    // A return part, or a structure's field list in the result, that ends early ends the walk;
+    // the result is written back as far as it was read.
   }
   if (info.returnValue != nullptr) WriteHostValue(info.returnValue, record);
 }
@@ -184,7 +181,8 @@ int16_t ParameterWalker::ReceiveOne(const SOAPParameter& response, SoapMethodSca
     const std::string parameterName = scanner.GetTokenText();
     FindAndReceive(response, parameterName, form, record, isReturn);
   }
-  return scanner.NextToken();
+  // The text normally ends behind the return part's name.
+  return isReturn ? scanner.ReadToken() : scanner.NextToken();
 }
 
 void ParameterWalker::FindAndReceive(const SOAPParameter& response, const std::string& name,

@@ -4,8 +4,9 @@
 //
 // The walks join three lists that know nothing of each other: the parameters of the description,
 // the host's arguments (by position) and the elements of the message (by name). Nothing is
-// validated beyond the tokens a walk tests for; running out of tokens raises SoapScannerException.
-// A walker lives on the stack of one call; the session and the texts it reads are the caller's.
+// validated beyond the tokens a walk tests for; running out of tokens where one has to follow
+// raises SoapScannerException. A walker lives on the stack of one call; the session and the texts
+// it reads are the caller's.
 #pragma once
 
 #include <cstdint>
@@ -59,7 +60,8 @@ class ParameterWalker {
   int16_t SendOne(SOAPMethod& method, SoapMethodScanner& scanner, HostValueRecord& record);
   // One parameter of the response, or the return part (isReturn): when it is to be read, finds
   // its element in response and fills record; otherwise clears record.kind so that the caller
-  // writes nothing back. Returns the id of the token behind the parameter.
+  // writes nothing back. Returns the id of the token behind the parameter (kMethodEnd behind the
+  // return part, where the text normally ends).
   int16_t ReceiveOne(const SOAPParameter& response, SoapMethodScanner& scanner,
                      HostValueRecord& record, bool isReturn);
 

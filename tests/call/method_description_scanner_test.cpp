@@ -8,19 +8,16 @@
 namespace tssoap {
 namespace {
 
-// Every token up to the end of the text, which only the exception may report, separated by
-// blanks: a word as its text, any other token in angle brackets, or every token as its id.
+// Every token up to the end of the text, separated by blanks: a word as its text, any other token
+// in angle brackets, or every token as its id.
 std::string Tokens(SoapScanner& scanner, bool ids = false) {
   std::string tokens;
   for (int guard = 0; guard < 1000; ++guard) {
-    try {
-      const int16_t id = scanner.NextToken();
-      const std::string& text = scanner.GetTokenText();
-      if (!tokens.empty()) tokens += ' ';
-      tokens += ids ? std::to_string(id) : id == scanner.GetWordToken() ? text : "<" + text + ">";
-    } catch (const SoapScannerException&) {
-      return tokens;
-    }
+    const int16_t id = scanner.ReadToken();
+    if (id == scanner.GetEndToken()) return tokens;
+    const std::string& text = scanner.GetTokenText();
+    if (!tokens.empty()) tokens += ' ';
+    tokens += ids ? std::to_string(id) : id == scanner.GetWordToken() ? text : "<" + text + ">";
   }
   ADD_FAILURE() << "the scanner never reported the end of the text";
   return tokens;
@@ -62,6 +59,8 @@ TEST(Scanners, ReadTokensAndReportTheEndOfText) {
     EXPECT_EQ(Tokens(scanner), c.tokens);
     // Once reached, the end stays reported, with no token text.
     EXPECT_THROW(scanner.NextToken(), SoapScannerException);
+    EXPECT_EQ(scanner.GetTokenText(), "");
+    EXPECT_EQ(scanner.ReadToken(), kMethodEnd);
     EXPECT_EQ(scanner.GetTokenText(), "");
   }
 }
