@@ -6,6 +6,7 @@
 #define XML_DTD 1
 #endif
 #include <expat.h>
+#include <sys/random.h>
 
 #include <algorithm>
 #include <cstring>
@@ -175,32 +176,46 @@ int XMLCALL UnknownEncoding(void*, const XML_Char* name, XML_Encoding* info) {
   return XML_STATUS_OK;
 }
 
-// One parse. Handlers run inside expat's C frames, so nothing may be thrown through them: a
-// failure stops the parser and is kept until XML_Parse has returned.
-class ResponseReader {
+}  // namespace
+
+// Reads one answer at a time. The expat parser, reset, and the buffers stay for the next answer;
+// everything else starts afresh with each. Handlers run inside expat's C frames, so nothing may
+// be thrown through them: a failure stops the parser and is kept until XML_Parse has returned.
+class SOAPParser::Reader {
  public:
-  ResponseReader(SOAPResponse& response, const SOAPParser::Limits& limits)
-      : response_(response), limits_(limits), store_(&response.Store()) {}
-  ~ResponseReader() {
+  Reader() {
+    // Expat would draw a salt for its hash tables at every answer, a system call each time; one
+    // drawn for the life of the reader keeps the tables as unpredictable to a server. Without
+    // one (0), expat still draws its own.
+    if (getrandom(&hashSalt_, sizeof hashSalt_, GRND_NONBLOCK) != sizeof hashSalt_) hashSalt_ = 0;
+  }
+  ~Reader() {
     if (parser_ != nullptr) XML_ParserFree(parser_);
   }
+  Reader(const Reader&) = delete;
+  Reader& operator=(const Reader&) = delete;
 
-  void Parse(const char* data, size_t size, const char* charset) {
-    if (size > limits_.maxBytes) {
+  // False unless the last answer was small and expat read all of it.
+  bool Reusable() const { return reusable_; }
+
+  void Parse(const char* data, size_t size, const char* charset, SOAPResponse& response,
+             const SOAPParser::Limits& limits) {
+    Begin(response, limits);
+    if (size > limits_->maxBytes) {
       throw SOAPException("The answer is larger than the limit of %llu bytes",
-                          static_cast<unsigned long long>(limits_.maxBytes));
+                          static_cast<unsigned long long>(limits_->maxBytes));
     }
-    memoryLimit_ = limits_.memoryPerByte * uint64_t{size} + SOAPParser::kMemoryAllowance;
+    memoryLimit_ = limits_->memoryPerByte * uint64_t{size} + SOAPParser::kMemoryAllowance;
     if (!IsUtf16(data, size)) {
-      size_t overlong = FindOverlongTag({data, size}, limits_.maxTagBytes);
+      size_t overlong = FindOverlongTag({data, size}, limits_->maxTagBytes);
       if (overlong != std::string_view::npos) {
         throw SOAPException("The answer holds a tag longer than the limit of %u bytes at byte %zu",
-                            limits_.maxTagBytes, overlong);
+                            limits_->maxTagBytes, overlong);
       }
     }
-    response_.Reset();
-    response_.GetBody().SetName("Body", ns::kEnvelope);
-    Create(EncodingOverride(data, size, charset));
+    response_->Reset();
+    response_->GetBody().SetName("Body", ns::kEnvelope);
+    Prepare(EncodingOverride(data, size, charset));
     CheckDeadline();
 
     // Pieces keep the clock in view while expat reads a huge tag (and XML_Parse counts in int).
@@ -218,13 +233,14 @@ class ResponseReader {
       }
       offset += piece;
     } while (offset < size);
+    reusable_ = size <= SOAPParser::kKeptParserBytes;
 
     if (!sawEnvelope_) throw SOAPException("The answer holds no XML element");
     if (!sawBody_) throw SOAPException("The answer's SOAP envelope has no Body");
     if (isFault_) ThrowFault();
     if (references_.HasReferences()) {
       CheckDeadline();
-      references_.Resolve(response_.GetBody(), 2, limits_.maxDepth, limits_.maxElements);
+      references_.Resolve(response_->GetBody(), 2, limits_->maxDepth, limits_->maxElements);
     }
   }
 
@@ -234,9 +250,49 @@ class ResponseReader {
     bool hasChildElement;
   };
 
-  void Create(const char* encoding) {
-    parser_ = XML_ParserCreateNS(encoding, kNameSeparator);
-    if (parser_ == nullptr) throw SOAPMemoryException();
+  // Everything one answer's reading starts from; the buffers keep their memory.
+  void Begin(SOAPResponse& response, const SOAPParser::Limits& limits) {
+    reusable_ = false;
+    response_ = &response;
+    limits_ = &limits;
+    store_ = &response.Store();
+    failure_ = nullptr;
+    depth_ = 0;
+    elementCount_ = 0;
+    skipFrom_ = 0;
+    sawEnvelope_ = false;
+    sawBody_ = false;
+    sawMethod_ = false;
+    isFault_ = false;
+    open_.clear();
+    for (std::string& text : texts_) text.clear();
+    references_ = MultiReferences();
+    bindings_.clear();
+    lastAttributes_.clear();
+    lastTable_ = nullptr;
+    lastBuckets_ = 0;
+    work_ = 0;
+    nextClockRead_ = kWorkBetweenClockReads;
+    memoryLimit_ = 0;
+    elementsStored_ = 0;
+    declarationsOfNextElement_ = 0;
+    captureFrom_ = 0;
+    detail_.clear();
+    captureScope_.clear();
+  }
+
+  // A new expat parser, or the last one reset. Expat forgets the handlers, the user data, the
+  // settings and the salt in a reset, so all are given again.
+  void Prepare(const char* encoding) {
+    if (parser_ != nullptr && XML_ParserReset(parser_, encoding) != XML_TRUE) {
+      XML_ParserFree(parser_);
+      parser_ = nullptr;
+    }
+    if (parser_ == nullptr) {
+      parser_ = XML_ParserCreateNS(encoding, kNameSeparator);
+      if (parser_ == nullptr) throw SOAPMemoryException();
+    }
+    if (hashSalt_ != 0) XML_SetHashSalt(parser_, hashSalt_);
     XML_SetUserData(parser_, this);
     XML_SetReturnNSTriplet(parser_, 1);
     XML_SetParamEntityParsing(parser_, XML_PARAM_ENTITY_PARSING_NEVER);
@@ -245,46 +301,43 @@ class ResponseReader {
     XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser_, 10.0f);
     XML_SetBillionLaughsAttackProtectionActivationThreshold(parser_, 1u << 20);
 #endif
-    XML_SetElementHandler(parser_, &ResponseReader::OnStart, &ResponseReader::OnEnd);
-    XML_SetCharacterDataHandler(parser_, &ResponseReader::OnText);
-    XML_SetNamespaceDeclHandler(parser_, &ResponseReader::OnNamespaceStart,
-                                &ResponseReader::OnNamespaceEnd);
-    XML_SetStartDoctypeDeclHandler(parser_, &ResponseReader::OnDoctype);
-    XML_SetEntityDeclHandler(parser_, &ResponseReader::OnEntityDecl);
-    XML_SetExternalEntityRefHandler(parser_, &ResponseReader::OnExternalEntity);
+    XML_SetElementHandler(parser_, &Reader::OnStart, &Reader::OnEnd);
+    XML_SetCharacterDataHandler(parser_, &Reader::OnText);
+    XML_SetNamespaceDeclHandler(parser_, &Reader::OnNamespaceStart, &Reader::OnNamespaceEnd);
+    XML_SetStartDoctypeDeclHandler(parser_, &Reader::OnDoctype);
+    XML_SetEntityDeclHandler(parser_, &Reader::OnEntityDecl);
+    XML_SetExternalEntityRefHandler(parser_, &Reader::OnExternalEntity);
     XML_SetUnknownEncodingHandler(parser_, &UnknownEncoding, nullptr);
   }
 
   // --- expat callbacks -------------------------------------------------------------------
 
   static void XMLCALL OnStart(void* self, const XML_Char* name, const XML_Char** attributes) {
-    static_cast<ResponseReader*>(self)->Guard(
-        [&](ResponseReader& r) { r.Start(name, attributes); });
+    static_cast<Reader*>(self)->Guard([&](Reader& r) { r.Start(name, attributes); });
   }
   static void XMLCALL OnEnd(void* self, const XML_Char* name) {
-    static_cast<ResponseReader*>(self)->Guard([&](ResponseReader& r) { r.End(name); });
+    static_cast<Reader*>(self)->Guard([&](Reader& r) { r.End(name); });
   }
   static void XMLCALL OnText(void* self, const XML_Char* text, int length) {
-    static_cast<ResponseReader*>(self)->Guard([&](ResponseReader& r) { r.Text(text, length); });
+    static_cast<Reader*>(self)->Guard([&](Reader& r) { r.Text(text, length); });
   }
   static void XMLCALL OnNamespaceStart(void* self, const XML_Char* prefix, const XML_Char* uri) {
-    static_cast<ResponseReader*>(self)->Guard([&](ResponseReader& r) {
-      r.Declare(prefix != nullptr ? prefix : "", uri != nullptr ? uri : "");
-    });
+    static_cast<Reader*>(self)->Guard(
+        [&](Reader& r) { r.Declare(prefix != nullptr ? prefix : "", uri != nullptr ? uri : ""); });
   }
   static void XMLCALL OnNamespaceEnd(void* self, const XML_Char* prefix) {
-    static_cast<ResponseReader*>(self)->Guard(
-        [&](ResponseReader& r) { r.Undeclare(prefix != nullptr ? prefix : ""); });
+    static_cast<Reader*>(self)->Guard(
+        [&](Reader& r) { r.Undeclare(prefix != nullptr ? prefix : ""); });
   }
   static void XMLCALL OnDoctype(void* self, const XML_Char*, const XML_Char*, const XML_Char*,
                                 int) {
-    static_cast<ResponseReader*>(self)->Fail(SOAPException(
+    static_cast<Reader*>(self)->Fail(SOAPException(
         "The answer holds a document type declaration, which SOAP doesn't allow; it isn't read"));
   }
   static void XMLCALL OnEntityDecl(void* self, const XML_Char*, int, const XML_Char*, int,
                                    const XML_Char*, const XML_Char*, const XML_Char*,
                                    const XML_Char*) {
-    static_cast<ResponseReader*>(self)->Fail(
+    static_cast<Reader*>(self)->Fail(
         SOAPException("The answer declares an entity, which SOAP doesn't allow; it isn't read"));
   }
   static int XMLCALL OnExternalEntity(XML_Parser, const XML_Char*, const XML_Char*, const XML_Char*,
@@ -313,19 +366,19 @@ class ResponseReader {
 
   void Start(const XML_Char* rawName, const XML_Char** attributes) {
     ++depth_;
-    if (depth_ > limits_.maxDepth) {
+    if (depth_ > limits_->maxDepth) {
       throw SOAPException("The answer nests elements deeper than the limit of %u levels",
-                          limits_.maxDepth);
+                          limits_->maxDepth);
     }
-    if (++elementCount_ > limits_.maxElements) {
+    if (++elementCount_ > limits_->maxElements) {
       throw SOAPException("The answer holds more than the limit of %u elements",
-                          limits_.maxElements);
+                          limits_->maxElements);
     }
     uint32_t attributeCount = 0;
     while (attributes[2 * attributeCount] != nullptr) ++attributeCount;
-    if (attributeCount > limits_.maxAttributes) {
+    if (attributeCount > limits_->maxAttributes) {
       throw SOAPException("The answer gives an element more than the limit of %u attributes",
-                          limits_.maxAttributes);
+                          limits_->maxAttributes);
     }
     declarationsOfNextElement_ = 0;
     Work(1 + attributeCount);
@@ -338,7 +391,7 @@ class ResponseReader {
     if (depth_ == 2) {
       if (!sawBody_ && name.local == "Body" && name.uri == ns::kEnvelope) {
         sawBody_ = true;
-        open_.push_back({&response_.GetBody(), false});
+        open_.push_back({&response_->GetBody(), false});
         texts_.resize(1);
       } else {
         skipFrom_ = depth_;  // the Header, and anything the envelope holds besides the Body
@@ -484,9 +537,9 @@ class ResponseReader {
   // Declarations in force, a stack whose entries chain the earlier declarations of their prefix;
   // each prefix knows its latest.
   void Declare(const char* prefix, const char* uri) {
-    if (++declarationsOfNextElement_ > limits_.maxDeclarations) {
+    if (++declarationsOfNextElement_ > limits_->maxDeclarations) {
       throw SOAPException("The answer declares more than the limit of %u namespaces on an element",
-                          limits_.maxDeclarations);
+                          limits_->maxDeclarations);
     }
     Work(1);
     lastAttributes_.clear();  // a qualified-name value may mean another namespace now
@@ -547,8 +600,8 @@ class ResponseReader {
   }
 
   void CheckDeadline() const {
-    if (limits_.deadline != SOAPParser::Clock::time_point::max() &&
-        SOAPParser::Clock::now() >= limits_.deadline) {
+    if (limits_->deadline != SOAPParser::Clock::time_point::max() &&
+        SOAPParser::Clock::now() >= limits_->deadline) {
       throw SOAPSocketException("reading the answer took longer than the time-out");
     }
   }
@@ -560,14 +613,14 @@ class ResponseReader {
     if (used > memoryLimit_) {
       throw SOAPException(
           "The answer needs more memory than the limit of %llu bytes, %u times its size",
-          static_cast<unsigned long long>(memoryLimit_), limits_.memoryPerByte);
+          static_cast<unsigned long long>(memoryLimit_), limits_->memoryPerByte);
     }
   }
 
   // --- the fault -------------------------------------------------------------------------
 
   void ThrowFault() const {
-    const SOAPParameter& fault = response_.GetMethod();
+    const SOAPParameter& fault = response_->GetMethod();
     auto partText = [&](const char* part) -> std::string_view {
       const SOAPParameter* found = fault.FindParameter(part);
       return found != nullptr ? std::string_view(found->GetString().CStr()) : std::string_view();
@@ -639,8 +692,11 @@ class ResponseReader {
   }
 
   XML_Parser parser_ = nullptr;
-  SOAPResponse& response_;
-  const SOAPParser::Limits& limits_;
+  unsigned long hashSalt_ = 0;
+  bool reusable_ = false;
+
+  SOAPResponse* response_ = nullptr;
+  const SOAPParser::Limits* limits_ = nullptr;
   std::exception_ptr failure_;
 
   uint32_t depth_ = 0;
@@ -689,7 +745,23 @@ class ResponseReader {
   std::vector<CaptureDeclaration> captureScope_;
 };
 
-}  // namespace
+SOAPParser::SOAPParser() = default;
+SOAPParser::~SOAPParser() = default;
+
+void SOAPParser::Parse(const char* data, size_t size, const char* charset, SOAPResponse& response,
+                       const Limits& limits) {
+  if (limits.maxDepth < 3) throw SOAPException("The depth limit of a parse must be 3 or more");
+  if (reader_ == nullptr) reader_ = std::make_unique<Reader>();
+  // A reader that may not be kept goes, with all it holds, however the answer ended.
+  struct Keep {
+    std::unique_ptr<Reader>& reader;
+    ~Keep() {
+      if (!reader->Reusable()) reader.reset();
+    }
+  } keep{reader_};
+  reader_->Parse(data != nullptr ? data : "", data != nullptr ? size : 0, charset, response,
+                 limits);
+}
 
 void SOAPParser::ParseResponse(const char* data, size_t size, const char* charset,
                                SOAPResponse& response) {
@@ -698,7 +770,6 @@ void SOAPParser::ParseResponse(const char* data, size_t size, const char* charse
 
 void SOAPParser::ParseResponse(const char* data, size_t size, const char* charset,
                                SOAPResponse& response, const Limits& limits) {
-  if (limits.maxDepth < 3) throw SOAPException("The depth limit of a parse must be 3 or more");
-  ResponseReader reader(response, limits);
-  reader.Parse(data != nullptr ? data : "", data != nullptr ? size : 0, charset);
+  SOAPParser parser;
+  parser.Parse(data, size, charset, response, limits);
 }

@@ -84,6 +84,7 @@ struct SOAPProxy::Impl {
   SOAPResponse response;
   std::string request;  // buffers kept from call to call
   HttpAnswer answer;
+  SOAPParser parser;  // its expat parser too
 };
 
 void SOAPProxy::Impl::Execute(const SOAPMethod& method) {
@@ -117,9 +118,8 @@ void SOAPProxy::Impl::Interpret(const std::string& where, SOAPParser::Clock::tim
     limits.deadline = started + std::chrono::seconds(timeoutSeconds);
   }
   try {
-    SOAPParser::ParseResponse(answer.body.data(), answer.body.size(),
-                              answer.charset.empty() ? nullptr : answer.charset.c_str(), response,
-                              limits);
+    parser.Parse(answer.body.data(), answer.body.size(),
+                 answer.charset.empty() ? nullptr : answer.charset.c_str(), response, limits);
   } catch (const SOAPFaultException&) {
     throw;  // a fault is the server's answer, whatever the HTTP status
   } catch (const SOAPMemoryException&) {

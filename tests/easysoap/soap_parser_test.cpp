@@ -294,6 +294,78 @@ TEST(SoapParserTest, StopsAnswersThatWouldCostMoreThanTheirShare) {
   }
 }
 
+// The whole tree under element: name, text, attribute count and xsi:type of each element.
+std::string Tree(const SOAPParameter& element) {
+  const SOAPString& text = element.GetString();
+  std::string tree = NameOf(element) + "|" +
+                     (element.IsNull() ? "(nil)"
+                      : text.IsNull()  ? "(null)"
+                                       : text.CStr()) +
+                     "|" + std::to_string(element.GetAttributes().Count()) + "|" +
+                     Attribute(element, "type", kXsiNamespace) + "{";
+  for (const SOAPParameter* child : element.GetParams()) tree += Tree(*child);
+  return tree + "}";
+}
+
+// A parser kept from answer to answer (a proxy's) reads each as a new parser does, whatever the
+// answer before it left behind: a fault, a stopped or broken parse, another encoding, namespaces
+// declared, an answer too large to keep the parser for. Twice round, so that each follows each.
+TEST(SoapParserTest, KeptParserReadsEachAnswerAsANewOne) {
+  std::string items;
+  for (int i = 0; i < 3000; ++i)
+    items += "<item xsi:type='xsd:int'>" + std::to_string(i) + "</item>";
+  const SOAPParser::Limits small{.maxElements = 50};
+  const struct {
+    std::string document;
+    const char* charset;
+    SOAPParser::Limits limits;
+  } answers[] = {
+      {SoapEnvelope("<ns:r><result xsi:type='xsd:string'>hello</result></ns:r>"), nullptr, {}},
+      {SoapEnvelope(kMultiReferenceBody), nullptr, {}},
+      {Fault("SOAP-ENV:Server", "no", "<detail><ns:p><c xsi:type='xsd:int'>4</c></ns:p></detail>"),
+       nullptr,
+       {}},
+      {"<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'><e:Body><m><t>",
+       nullptr,
+       {}},
+      {"<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'/>", nullptr, {}},
+      {"<!DOCTYPE e><e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'/>",
+       nullptr,
+       {}},
+      {SoapEnvelope("<ns:r>" + items.substr(0, 2000) + "</ns:r>"), nullptr, small},
+      {"<?xml version='1.0' encoding='windows-1252'?><e:Envelope "
+       "xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'><e:Body><m><t>\x80</t></m></e:Body>"
+       "</e:Envelope>",
+       nullptr,
+       {}},
+      {"<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/' xmlns='urn:d'><e:Body>"
+       "<m a='1' b='x'><t>\xE9</t></m></e:Body></e:Envelope>",
+       "ISO-8859-1",
+       {}},
+      {SoapEnvelope("<ns:r>" + items + "</ns:r>"), nullptr, {}},
+      {SoapEnvelope("<ns:r><a href='#x'/></ns:r><b id='x'>shared</b>"), nullptr, {}},
+  };
+  SOAPParser kept;
+  SOAPResponse reused;  // kept too, as a proxy keeps it
+  for (int round = 0; round < 2; ++round) {
+    for (const auto& answer : answers) {
+      SCOPED_TRACE(answer.document.substr(0, 120));
+      const std::string& d = answer.document;
+      SOAPResponse fresh;
+      const Outcome expected = Attempt([&] {
+        SOAPParser::ParseResponse(d.data(), d.size(), answer.charset, fresh, answer.limits);
+      });
+      const Outcome outcome =
+          Attempt([&] { kept.Parse(d.data(), d.size(), answer.charset, reused, answer.limits); });
+      EXPECT_EQ(outcome.thrown, expected.thrown);
+      EXPECT_EQ(outcome.text, expected.text);
+      if (expected.thrown.empty()) {
+        EXPECT_EQ(Tree(reused.GetBody()), Tree(fresh.GetBody()));
+      }
+    }
+  }
+}
+
 // Parsed elements keep their texts in the response's storage; changing one copies what changes,
 // and the response ends cleanly with changed and added parts (ASan checks the leaks).
 TEST(SoapParameterTest, ChangesParsedElementsLikeBuiltOnes) {

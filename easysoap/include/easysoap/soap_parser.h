@@ -28,6 +28,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include "easysoap/soap_method.h"
 #include "support/values/easysoap_api.h"
@@ -56,10 +57,29 @@ class EASYSOAP_API SOAPParser {
     Clock::time_point deadline = Clock::time_point::max();
   };
 
+  // Answers up to this size leave the parser's expat parser and buffers to the next answer;
+  // larger ones (and any that expat couldn't read to the end) free them, so that a kept parser
+  // never holds more than a small answer needed.
+  static constexpr size_t kKeptParserBytes = 64 * 1024;
+
+  SOAPParser();
+  ~SOAPParser();
+  SOAPParser(const SOAPParser&) = delete;
+  SOAPParser& operator=(const SOAPParser&) = delete;
+
   // Replaces what response held by the Body of the document in data[0, size). charset is the one
-  // the HTTP answer gave, or null.
+  // the HTTP answer gave, or null. One parser reads one answer after the other (a proxy keeps one
+  // for its calls), one thread at a time; the result is the same as a new parser's.
+  void Parse(const char* data, size_t size, const char* charset, SOAPResponse& response,
+             const Limits& limits);
+
+  // The same with a parser of its own.
   static void ParseResponse(const char* data, size_t size, const char* charset,
                             SOAPResponse& response);
   static void ParseResponse(const char* data, size_t size, const char* charset,
                             SOAPResponse& response, const Limits& limits);
+
+ private:
+  class Reader;
+  std::unique_ptr<Reader> reader_;
 };
