@@ -1,13 +1,20 @@
 #include "call/method_description_scanner.h"
 
+#include <array>
+
 #include "support/ascii_chars.h"
 
 namespace tssoap {
 namespace {
 
-// The same six characters in both; each scanner keeps its own order.
-constexpr const char kMethodDelimiters[] = "(),[]=";
-constexpr const char kStructDelimiters[] = "()[],=";
+// The six delimiters, the same for both scanners.
+constexpr std::array<bool, 256> kDelimiters = [] {
+  std::array<bool, 256> table{};
+  for (const char c : std::string_view("(),[]=")) table[static_cast<unsigned char>(c)] = true;
+  return table;
+}();
+
+bool IsDelimiter(char c) { return kDelimiters[static_cast<unsigned char>(c)]; }
 
 // Indexed by token id. Every delimiter is a keyword, so a delimiter token always has an id.
 constexpr std::string_view kMethodKeywords[] = {
@@ -29,23 +36,10 @@ constexpr std::string_view kStructKeywords[] = {
 };
 static_assert(std::size(kMethodKeywords) == 12 && std::size(kStructKeywords) == 9);
 
-// A token that reserves this much never reallocates for an ordinary description.
-constexpr size_t kTokenReserve = 100;
-
 }  // namespace
 
-SoapScanner::SoapScanner(std::string_view text, const char* delimiters,
-                         const std::string_view* keywords)
-    : text_(text), delimiters_(delimiters), keywords_(keywords), position_(text.data()) {
-  token_.reserve(kTokenReserve);
-}
-
-bool SoapScanner::IsDelimiter(const char* position) const {
-  for (const char* d = delimiters_; *d != '\0'; ++d) {
-    if (*d == *position) return true;
-  }
-  return false;
-}
+SoapScanner::SoapScanner(std::string_view text, const std::string_view* keywords)
+    : text_(text), keywords_(keywords), position_(text.data()) {}
 
 int16_t SoapScanner::LookUpToken() const {
   const int16_t count = GetKeywordCount();
@@ -62,57 +56,45 @@ int16_t SoapScanner::NextToken() {
 }
 
 int16_t SoapScanner::ReadToken() {
-  enum class State { kSkip, kDelimiter, kWord, kWordDone };
-
   token_.clear();
   const char* const end = text_.data() + text_.size();
-  if (position_ >= end) return GetEndToken();
+  const char* p = position_;
+  while (p < end && IsAsciiSpace(*p)) ++p;
+  if (p == end) {
+    position_ = p;
+    return GetEndToken();
+  }
 
-  State state = State::kSkip;
-  for (; position_ < end; ++position_) {
-    const char c = *position_;
-    switch (state) {
-      case State::kSkip:
-        if (IsAsciiSpace(c)) break;
-        token_.push_back(c);
-        state = IsDelimiter(position_) ? State::kDelimiter : State::kWord;
-        break;
-      case State::kDelimiter:
-        // The character behind the delimiter stays unread.
-        return LookUpToken();
-      case State::kWord:
-        if (IsAsciiSpace(c)) {
-          state = State::kWordDone;  // the white space is consumed
-        } else if (IsDelimiter(position_)) {
-          // The delimiter ends the word and stays unread for the next token.
-          const int16_t id = LookUpToken();
-          return id >= 0 ? id : GetWordToken();
-        } else {
-          token_.push_back(c);
-        }
-        break;
-      case State::kWordDone: {
-        const int16_t id = LookUpToken();
-        return id >= 0 ? id : GetWordToken();
-      }
+  // A delimiter is a token of its own; the character behind it stays unread.
+  if (IsDelimiter(*p)) {
+    token_.assign(1, *p);
+    position_ = p + 1;
+    return LookUpToken();
+  }
+
+  // A word ends at white space, which is consumed, or at a delimiter, which stays unread.
+  const char* const start = p;
+  while (p < end && !IsAsciiSpace(*p) && !IsDelimiter(*p)) ++p;
+  token_.assign(start, p);
+  if (p < end && IsAsciiSpace(*p)) {
+    ++p;
+    // A word that exactly one white-space character separates from the end of the text is lost
+    // with it.
+    if (p == end) {
+      position_ = p;
+      return GetEndToken();
     }
   }
-
-  // The text has ended: only a word or a delimiter still being read is a token. A word that was
-  // closed by white space at the very end is lost with it.
-  if (state == State::kWord) {
-    const int16_t id = LookUpToken();
-    return id >= 0 ? id : GetWordToken();
-  }
-  if (state == State::kDelimiter) return LookUpToken();
-  return GetEndToken();
+  position_ = p;
+  const int16_t id = LookUpToken();
+  return id >= 0 ? id : GetWordToken();
 }
 
 SoapMethodScanner::SoapMethodScanner(const std::string& text)
-    : SoapScanner(text, kMethodDelimiters, kMethodKeywords) {}
+    : SoapScanner(text, kMethodKeywords) {}
 
 SoapStructScanner::SoapStructScanner(const std::string& text)
-    : SoapScanner(text, kStructDelimiters, kStructKeywords) {}
+    : SoapScanner(text, kStructKeywords) {}
 
 MethodDescriptionParts SplitMethodDescription(std::string_view description) {
   MethodDescriptionParts parts;

@@ -4,7 +4,8 @@
 //
 // A scanner reads a text it does not own: the caller keeps the text alive for the scanner's life.
 // The delimiter strings and keyword tables are constant. The walks read the text token by token
-// and never build a tree, so a scanner is cheap: one token buffer, reserved once.
+// and never build a tree, so a scanner is cheap: one token buffer, which holds short tokens without
+// allocating.
 //
 // Running out of tokens is an end token where the text may end (behind the ")" or the return
 // part: every call reaches it, so it costs no exception), and SoapScannerException, an empty
@@ -63,7 +64,6 @@ class SoapScanner {
   SoapScanner(const SoapScanner&) = delete;
   SoapScanner& operator=(const SoapScanner&) = delete;
 
-  virtual bool IsDelimiter(const char* position) const;
   virtual int16_t GetKeywordCount() const = 0;
   virtual int16_t GetWordToken() const = 0;
   virtual int16_t GetEndToken() const = 0;
@@ -78,14 +78,13 @@ class SoapScanner {
   int16_t NextToken();
 
  protected:
-  SoapScanner(std::string_view text, const char* delimiters, const std::string_view* keywords);
+  SoapScanner(std::string_view text, const std::string_view* keywords);
 
  private:
   // The keyword's id, or -1.
   int16_t LookUpToken() const;
 
   std::string_view text_;
-  const char* delimiters_;
   const std::string_view* keywords_;
   const char* position_;
   std::string token_;
