@@ -43,8 +43,11 @@ SoapScanner::SoapScanner(std::string_view text, const std::string_view* keywords
 
 int16_t SoapScanner::LookUpToken() const {
   const int16_t count = GetKeywordCount();
+  const std::string_view token = token_;
   for (int16_t id = 0; id < count; ++id) {
-    if (!keywords_[id].empty() && keywords_[id] == token_) return id;
+    const std::string_view keyword = keywords_[id];
+    // Most words differ from a keyword in their length or first character.
+    if (keyword.size() == token.size() && keyword[0] == token[0] && keyword == token) return id;
   }
   return -1;
 }
