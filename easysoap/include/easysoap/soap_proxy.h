@@ -3,7 +3,8 @@
 // answer with expat.
 //
 // One proxy keeps one libcurl handle, and with it the HTTP connection, alive between calls, so
-// that a proxy kept from call to call reuses its TCP connection; two proxies never share one.
+// that a proxy kept from call to call reuses its TCP connection; two proxies never share one. It
+// keeps its expat parser too (see SOAPParser::kKeptParserBytes).
 // A proxy is used by one thread at a time; different proxies may be used on different threads.
 //
 // Addresses: http:// and https:// URLs. They carry their credentials in the user part
