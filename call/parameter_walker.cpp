@@ -239,34 +239,37 @@ StructFields ParameterWalker::ReadStructFields(const std::string& fieldList) {
 
 void ParameterWalker::WalkStructOut(SOAPParameter& parent, HostObject instance,
                                     const StructFields& fields) {
-  for (const StructField& field : fields.fields) SendField(parent, field, instance);
+  // The class is asked once per instance, and each field's place once per class.
+  const HostClass cls = session_.GetClass(instance);
+  for (const StructField& field : fields.fields) SendField(parent, field, instance, cls);
   if (fields.cutShort) throw SoapScannerException();
 }
 
 void ParameterWalker::SendField(SOAPParameter& parent, const StructField& field,
-                                HostObject instance) {
+                                HostObject instance, HostClass cls) {
   HostValueRecord record{};
-  ReadHostField(session_, record, instance, field.hostName);
+  ReadHostField(session_, record, instance, cls, field.hostName);
   SendValue(parent, field.name, field.form, record);
 }
 
 void ParameterWalker::WalkStructIn(const SOAPParameter& element, HostObject instance,
                                    const StructFields& fields) {
-  for (const StructField& field : fields.fields) ReceiveField(element, field, instance);
+  const HostClass cls = session_.GetClass(instance);
+  for (const StructField& field : fields.fields) ReceiveField(element, field, instance, cls);
   if (fields.cutShort) throw SoapScannerException();
 }
 
 void ParameterWalker::ReceiveField(const SOAPParameter& element, const StructField& field,
-                                   HostObject instance) {
+                                   HostObject instance, HostClass cls) {
   HostValueRecord record{};
-  ReadHostField(session_, record, instance, field.hostName);
+  ReadHostField(session_, record, instance, cls, field.hostName);
   try {
     const SOAPParameter& found = element.GetParameter(field.name.c_str());
     if (!found.IsNull()) ConvertFromWire(field.form, found, element, record, session_, proxy_);
   } catch (const SOAPException&) {
     // A missing field, or one that fails to convert, keeps the value it had.
   }
-  WriteHostField(session_, instance, record, field.hostName);
+  WriteHostField(session_, instance, cls, record, field.hostName);
 }
 
 void ParameterWalker::DispatchOut(SOAPParameter& parameter, const std::string& typeName,

@@ -79,11 +79,13 @@ class ParameterWalker {
                  HostValueRecord& record);
   void FindAndReceive(const SOAPParameter& response, const std::string& name, const ValueForm& form,
                       HostValueRecord& record, bool isReturn);
-  // One field of a structure, read from instance and added under parent.
-  void SendField(SOAPParameter& parent, const StructField& field, HostObject instance);
+  // One field of a structure, read from instance (of class cls) and added under parent.
+  void SendField(SOAPParameter& parent, const StructField& field, HostObject instance,
+                 HostClass cls);
   // One field of a structure, found in element and written to instance. A missing field, or one
   // that fails to convert, keeps its value and is not reported.
-  void ReceiveField(const SOAPParameter& element, const StructField& field, HostObject instance);
+  void ReceiveField(const SOAPParameter& element, const StructField& field, HostObject instance,
+                    HostClass cls);
 
   HostObject proxy_;
   IHostSession& session_;

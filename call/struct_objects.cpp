@@ -1,6 +1,6 @@
 #include "call/struct_objects.h"
 
-#include <memory>
+#include <optional>
 #include <string>
 
 #include "call/parameter_walker.h"
@@ -47,7 +47,6 @@ struct TypeDescription {
   std::string ns;
   StructFields fields;  // the field list from the first "(" on
 };
-using SharedDescription = std::shared_ptr<const TypeDescription>;
 
 // The text of a proxy string variable, copied (the host's text changes with the next host call);
 // false when the proxy lacks the variable or holds a null in it.
@@ -64,8 +63,8 @@ bool CopyProxyVariable(IHostSession& session, HostObject proxy, std::string_view
 // Read anew for every value: the proxy's variables are the only source, and nothing is kept
 // between calls. A type the proxy doesn't describe (no variable, no "(" or "@", no namespace
 // variable) can't be mapped, and says so with the declared type's name.
-SharedDescription ReadTypeDescription(IHostSession& session, HostObject proxy,
-                                      const std::string& typeName) {
+TypeDescription ReadTypeDescription(IHostSession& session, HostObject proxy,
+                                    const std::string& typeName) {
   std::string text;
   if (!CopyProxyVariable(session, proxy, "__" + ToHostClassName(typeName), text)) {
     ThrowMappingFailure(typeName);
@@ -73,87 +72,36 @@ SharedDescription ReadTypeDescription(IHostSession& session, HostObject proxy,
   const size_t open = text.find('(');
   const size_t at = text.find('@');
   if (open == std::string::npos || at == std::string::npos) ThrowMappingFailure(typeName);
-  auto description = std::make_shared<TypeDescription>();
-  if (!CopyProxyVariable(session, proxy, std::string_view(text).substr(at + 1), description->ns)) {
+  TypeDescription description;
+  if (!CopyProxyVariable(session, proxy, std::string_view(text).substr(at + 1), description.ns)) {
     ThrowMappingFailure(typeName);
   }
-  description->localName.assign(text, 0, open);
-  description->fields = ParameterWalker(proxy, session).ReadStructFields(text.substr(open));
+  description.localName.assign(text, 0, open);
+  description.fields = ParameterWalker(proxy, session).ReadStructFields(text.substr(open));
   return description;
 }
 
-// A new instance of the structure class of typeName.
-HostObject NewStructObject(IHostSession& session, const std::string& typeName) {
-  const HostObject instance = session.NewObject(StructClassOf(session, typeName));
-  if (instance == 0) ThrowMappingFailure(typeName);
-  return instance;
+// The fields of instance as children of parameter, in field-list order, or from the children of
+// parameter into instance (the fields not found keep their values).
+void WriteFields(const ConversionContext& context, const TypeDescription& description,
+                 SOAPParameter& parameter, HostObject instance) {
+  const NestingLevel level(description.localName);
+  ParameterWalker(context.proxy, context.session)
+      .WalkStructOut(parameter, instance, description.fields);
 }
 
-// One structure instance with its type's description: what the field walks need to write it to an
-// element or fill it from one. The items of an array share one description; the session and the
-// handles stay the host's.
-class StructDescriptor {
- public:
-  StructDescriptor() = default;
-  StructDescriptor(HostObject proxy, IHostSession& session, SharedDescription description,
-                   HostObject instance, bool isNull = false)
-      : proxy_(proxy),
-        session_(&session),
-        description_(std::move(description)),
-        instance_(isNull ? 0 : instance) {}
+void ReadFields(const ConversionContext& context, const TypeDescription& description,
+                const SOAPParameter& parameter, HostObject instance) {
+  const NestingLevel level(description.localName);
+  ParameterWalker(context.proxy, context.session)
+      .WalkStructIn(parameter, instance, description.fields);
+}
 
-  // A null object goes out as a nil element, the way a null simple value does.
-  bool IsNull() const { return instance_ == 0; }
-
-  void SetTypeAttribute(SOAPQName& attribute) const {
-    attribute.Set(description_->localName.c_str(), description_->ns.c_str());
-  }
-
-  // The fields as children of parameter, in field-list order; a null instance as a nil element.
-  void Write(SOAPParameter& parameter) const {
-    if (IsNull()) {
-      parameter.SetNull(true);
-      return;
-    }
-    const NestingLevel level(description_->localName);
-    ParameterWalker(proxy_, *session_).WalkStructOut(parameter, instance_, description_->fields);
-  }
-
-  // The fields found among the children of parameter; the others keep their values.
-  void Read(const SOAPParameter& parameter) const {
-    const NestingLevel level(description_->localName);
-    ParameterWalker(proxy_, *session_).WalkStructIn(parameter, instance_, description_->fields);
-  }
-
- private:
-  HostObject proxy_ = 0;
-  IHostSession* session_ = nullptr;
-  SharedDescription description_;
-  HostObject instance_ = 0;
-};
-
-// The items of a host array of structures on their way into an encoded array, with the item
-// type's description for the array's arrayType attribute and for every item.
-struct StructDescriptorArray {
-  explicit StructDescriptorArray(const ConversionContext& context)
-      : record(context.record),
-        elementName(context.elementName),
-        description(ReadTypeDescription(context.session, context.proxy, context.typeName)) {}
-
-  SOAPGrowArray<StructDescriptor> items;
-  HostValueRecord& record;
-  std::string elementName;
-  SharedDescription description;
-};
-
-// Item index of a host array, from 1, read into a record of its own.
-HostValueRecord ReadObjectItem(IHostSession& session, HostArray array, int32_t index) {
-  HostValueRecord item{};
+// Item index of a host array, from 1: its instance, 0 for a null item.
+HostObject ReadObjectItem(IHostSession& session, HostArray array, int32_t index) {
   HostBool isNull = 0;
-  item.value.handle = session.GetObjectArrayItem(array, &index, &isNull);
-  item.isNull = isNull != 0 ? 1 : 0;
-  item.isObject = 1;
-  return item;
+  const HostObject instance = session.GetObjectArrayItem(array, &index, &isNull);
+  return isNull != 0 ? 0 : instance;
 }
 
 }  // namespace
@@ -168,34 +116,49 @@ HostClass StructClassOf(IHostSession& session, const std::string& typeName) {
 
 namespace {
 
-// The description of context's type, read at its first use and kept for the items behind it.
-const SharedDescription& DescriptionOf(const ConversionContext& context, SharedDescription& kept) {
-  if (!kept) kept = ReadTypeDescription(context.session, context.proxy, context.typeName);
-  return kept;
+// What the values of one parameter or field, or the items of one array, share: their type's
+// description and structure class, each read at its first use.
+struct KeptType {
+  std::optional<TypeDescription> description;
+  HostClass cls = 0;
+};
+
+const TypeDescription& DescriptionOf(const ConversionContext& context, KeptType& kept) {
+  if (!kept.description) {
+    kept.description = ReadTypeDescription(context.session, context.proxy, context.typeName);
+  }
+  return *kept.description;
 }
 
-void WriteObject(ConversionContext& context, SharedDescription& kept) {
+// A new instance of the structure class of context's type.
+HostObject NewStructObject(const ConversionContext& context, KeptType& kept) {
+  if (kept.cls == 0) kept.cls = StructClassOf(context.session, context.typeName);
+  const HostObject instance = context.session.NewObject(kept.cls);
+  if (instance == 0) ThrowMappingFailure(context.typeName);
+  return instance;
+}
+
+// A null object goes out as a nil element, the way a null simple value does; another with its type
+// attribute and its fields.
+void WriteObject(ConversionContext& context, KeptType& kept) {
   const HostValueRecord& record = context.record;
   // The description is read first, so that a type the proxy doesn't know fails also for a null.
-  const StructDescriptor descriptor(context.proxy, context.session, DescriptionOf(context, kept),
-                                    record.value.handle, record.isNull != 0);
+  const TypeDescription& description = DescriptionOf(context, kept);
   SOAPParameter& parameter = context.parameter;
-  if (descriptor.IsNull()) {
-    descriptor.Write(parameter);
+  if (record.isNull != 0 || record.value.handle == 0) {
+    parameter.SetNull(true);
     return;
   }
   parameter.ClearValue();
-  descriptor.SetTypeAttribute(parameter.AddAttribute(Vocabulary().type));
-  descriptor.Write(parameter);
+  parameter.AddAttribute(Vocabulary().type)
+      .Set(description.localName.c_str(), description.ns.c_str());
+  WriteFields(context, description, parameter, record.value.handle);
 }
 
-void ReadObject(ConversionContext& context, SharedDescription& kept) {
+void ReadObject(ConversionContext& context, KeptType& kept) {
   HostValueRecord& record = context.record;
-  if (record.value.handle == 0)
-    record.value.handle = NewStructObject(context.session, context.typeName);
-  const StructDescriptor descriptor(context.proxy, context.session, DescriptionOf(context, kept),
-                                    record.value.handle);
-  descriptor.Read(context.parameter);
+  if (record.value.handle == 0) record.value.handle = NewStructObject(context, kept);
+  ReadFields(context, DescriptionOf(context, kept), context.parameter, record.value.handle);
   // The instance now holds what the response said: a new value wins over a null snapshot, or
   // writing the record back would null the field that was just filled.
   record.isNull = 0;
@@ -206,9 +169,11 @@ void ReadObject(ConversionContext& context, SharedDescription& kept) {
 template <typename AddItemElementFn>
 void WriteObjectItems(ConversionContext& context, AddItemElementFn addItemElement) {
   const OutgoingArrayItems items(context.session, context.record, kBoundedOut);
-  SharedDescription kept;
+  KeptType kept;
   for (int32_t index = 1; index <= items.Length(); ++index) {
-    HostValueRecord item = ReadObjectItem(context.session, items.Array(), index);
+    HostValueRecord item{};
+    item.isObject = 1;
+    item.value.handle = ReadObjectItem(context.session, items.Array(), index);
     ConversionContext itemContext = context.ForItem(addItemElement(), item);
     WriteObject(itemContext, kept);
   }
@@ -217,30 +182,35 @@ void WriteObjectItems(ConversionContext& context, AddItemElementFn addItemElemen
 }  // namespace
 
 void ObjectOut(ConversionContext& context) {
-  SharedDescription kept;
+  KeptType kept;
   WriteObject(context, kept);
 }
 
 void ObjectIn(ConversionContext& context) {
-  SharedDescription kept;
+  KeptType kept;
   ReadObject(context, kept);
 }
 
 void EncodedObjectsOut(ConversionContext& context) {
   IHostSession& session = context.session;
-  StructDescriptorArray array(context);
-  const OutgoingArrayItems items(session, array.record, kBoundedOut);
-  if (items.Length() > 0) array.items.Reserve(static_cast<uint32_t>(items.Length()));
+  const TypeDescription description = ReadTypeDescription(session, context.proxy, context.typeName);
+  // Every item is read before the parameter is touched.
+  const OutgoingArrayItems items(session, context.record, kBoundedOut);
+  SOAPGrowArray<HostObject> instances;
+  if (items.Length() > 0) instances.Reserve(static_cast<uint32_t>(items.Length()));
   for (int32_t index = 1; index <= items.Length(); ++index) {
-    const HostValueRecord item = ReadObjectItem(session, items.Array(), index);
-    array.items.Add(StructDescriptor(context.proxy, session, array.description, item.value.handle,
-                                     item.isNull != 0));
+    instances.Add(ReadObjectItem(session, items.Array(), index));
   }
-  WriteEncodedArrayHead(context.parameter, array.description->localName.c_str(),
-                        array.description->ns.c_str(), array.items.Size());
+  WriteEncodedArrayHead(context.parameter, description.localName.c_str(), description.ns.c_str(),
+                        instances.Size());
   // The items carry neither a namespace nor a type attribute of their own: arrayType says it.
-  for (const StructDescriptor& item : array.items) {
-    item.Write(context.parameter.AddParameter(array.elementName.c_str()));
+  for (const HostObject instance : instances) {
+    SOAPParameter& item = context.parameter.AddParameter(context.elementName.c_str());
+    if (instance == 0) {
+      item.SetNull(true);
+    } else {
+      WriteFields(context, description, item, instance);
+    }
   }
 }
 
@@ -268,10 +238,10 @@ void ObjectItemsIn(ConversionContext& context) {
   // Every child is an item, whatever its name; array attributes and positions have no say here,
   // and a nil child gives an instance with its fields at their defaults.
   int32_t index = 1;
-  SharedDescription kept;
+  KeptType kept;
   for (const SOAPParameter* child : context.parameter.GetParams()) {
-    const HostObject instance = NewStructObject(session, context.typeName);
-    StructDescriptor(context.proxy, session, DescriptionOf(context, kept), instance).Read(*child);
+    const HostObject instance = NewStructObject(context, kept);
+    ReadFields(context, DescriptionOf(context, kept), *child, instance);
     session.SetObjectArrayItem(handle, &index, instance);
     ++index;
   }
@@ -283,7 +253,7 @@ void RepeatedObjectsIn(ConversionContext& context) {
   const HeldArrayInfo info(session, handle);
   info.RefuseBounded(kBoundedIn);
   int32_t index = 0;
-  SharedDescription kept;
+  KeptType kept;
   const auto readItem = [&](const SOAPParameter& child) {
     HostValueRecord item{};
     ConversionContext itemContext = context.ForItem(const_cast<SOAPParameter&>(child), item);

@@ -13,19 +13,17 @@ namespace {
 // The host answers booleans as any non-zero number; the record keeps them as 0 or 1.
 uint8_t Flag(HostBool answer) { return answer != 0 ? 1 : 0; }
 
-struct FieldPlace {
-  HostClass cls;
-  HostFieldId field;
-};
-
-// The field of object's class whose name is lowered (already in lower case).
-FieldPlace FindField(IHostSession& session, HostObject object, const std::string& lowered) {
-  const HostClass cls = session.GetClass(object);
-  return {cls, session.GetFieldId(cls, lowered.c_str())};
-}
-
-FieldPlace FindStructField(IHostSession& session, HostObject object, const HostFieldName& name) {
-  return FindField(session, object, name.LowerCase());
+// The field of cls whose name is lowered (already in lower case), with the flags and kind the
+// class declares for it.
+HostFieldPlace FindField(IHostSession& session, HostClass cls, const std::string& lowered) {
+  HostFieldPlace place;
+  place.cls = cls;
+  place.field = session.GetFieldId(cls, lowered.c_str());
+  if (place.field == kNoField) return place;
+  place.isObject = Flag(session.IsFieldObject(cls, place.field));
+  place.isArray = Flag(session.IsFieldArray(cls, place.field));
+  place.kind = session.GetFieldKind(cls, place.field);
+  return place;
 }
 
 }  // namespace
@@ -79,43 +77,55 @@ HostFieldName::HostFieldName(std::string_view xmlName)
   if (ascii_) mapped_ = LowerCaseText(mapped_);
 }
 
-std::string HostFieldName::LowerCase() const { return ascii_ ? mapped_ : LowerCaseText(mapped_); }
+const HostFieldPlace& HostFieldName::PlaceIn(IHostSession& session, HostClass cls) const {
+  if (!ascii_) {
+    place_ = FindField(session, cls, LowerCaseText(mapped_));
+  } else if (cls == 0 || place_.cls != cls) {
+    place_ = FindField(session, cls, mapped_);
+  }
+  return place_;
+}
 
 void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object,
                    std::string_view name) {
-  ReadHostField(session, record, object, HostFieldName(name));
+  ReadHostField(session, record, object, session.GetClass(object), HostFieldName(name));
 }
 
 void WriteHostField(IHostSession& session, HostObject object, const HostValueRecord& record,
                     std::string_view name) {
-  WriteHostField(session, object, record, HostFieldName(name));
+  WriteHostField(session, object, session.GetClass(object), record, HostFieldName(name));
 }
 
-void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object,
+void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object, HostClass cls,
                    const HostFieldName& name) {
-  FieldPlace place = FindStructField(session, object, name);
+  const HostFieldPlace& place = name.PlaceIn(session, cls);
   if (place.field == kNoField) return;
+  record.isObject = place.isObject;
+  record.isArray = place.isArray;
+  record.kind = place.kind;
+  if (record.isArray == 0 && record.isObject == 0 && IsServedKind(record.kind)) {
+    // The kind's reader answers the null flag with the value: one host call for the field. A null
+    // field keeps the value as the caller zeroed it.
+    HostValueData data{};
+    record.isNull = Flag(ReadFieldByKind(session, object, place.field, record.kind, data));
+    if (record.isNull == 0) record.value = data;
+    return;
+  }
   record.isNull = Flag(session.IsFieldNull(object, place.field));
-  record.isObject = Flag(session.IsFieldObject(place.cls, place.field));
-  record.isArray = Flag(session.IsFieldArray(place.cls, place.field));
-  record.kind = session.GetFieldKind(place.cls, place.field);
   if (record.isNull) return;
-  // For arrays and objects the null flag stays as IsFieldNull gave it.
+  // For arrays and objects the null flag stays as IsFieldNull gave it; a kind without a reader
+  // has nothing more to read.
   HostBool ignored = 0;
   if (record.isArray) {
     record.value.handle = session.GetArrayField(object, place.field, &ignored);
-    return;
-  }
-  if (record.isObject) {
+  } else if (record.isObject) {
     record.value.handle = session.GetObjectField(object, place.field, &ignored);
-    return;
   }
-  record.isNull = Flag(ReadFieldByKind(session, object, place.field, record.kind, record.value));
 }
 
-void WriteHostField(IHostSession& session, HostObject object, const HostValueRecord& record,
-                    const HostFieldName& name) {
-  FieldPlace place = FindStructField(session, object, name);
+void WriteHostField(IHostSession& session, HostObject object, HostClass cls,
+                    const HostValueRecord& record, const HostFieldName& name) {
+  const HostFieldPlace& place = name.PlaceIn(session, cls);
   // A value with no instance variable to go to is dropped on purpose: the host class decides
   // which parts of a structure the script sees.
   if (place.field == kNoField) return;
@@ -131,7 +141,7 @@ void WriteHostField(IHostSession& session, HostObject object, const HostValueRec
 }
 
 HostFieldId LookUpField(IHostSession& session, HostObject object, std::string_view name) {
-  return FindField(session, object, LowerCaseText(name)).field;
+  return session.GetFieldId(session.GetClass(object), LowerCaseText(name).c_str());
 }
 
 }  // namespace tssoap

@@ -40,29 +40,44 @@ struct HostValueRecord {
 void ReadHostValue(HostValueRecord& record, IHostValue* value, bool flagsOnly);
 // Writes record back: null, array, object, or the value by its kind (string by handle).
 void WriteHostValue(IHostValue* value, const HostValueRecord& record);
+// Where a field lives in a class: its id (kNoField when the class has none of that name), and
+// the flags and kind that the class declares for it, the same for every instance.
+struct HostFieldPlace {
+  HostClass cls = 0;
+  HostFieldId field = kNoField;
+  uint8_t isObject = 0;
+  uint8_t isArray = 0;
+  HostValueKind kind = kHostUnknown;
+};
+
 // The instance variable name that an XML field name maps to: reserved words get "ws_" in front,
-// and the host is asked in lower case. Made once per field of a structure's description; a name
-// beyond ASCII is lower-cased at each use, in the locale of that moment.
+// and the host is asked in lower case. Made once per field of a structure's description, which
+// lives for one call on one thread. An ASCII name keeps its place in the last class it was asked
+// of, so that the items of an array of structures ask the host for it once, not once per item. A
+// name beyond ASCII is lower-cased at each use, in the locale of that moment, and looked up anew.
 class HostFieldName {
  public:
   explicit HostFieldName(std::string_view xmlName);
-  std::string LowerCase() const;
+  // The field of cls that this name maps to.
+  const HostFieldPlace& PlaceIn(IHostSession& session, HostClass cls) const;
 
  private:
   std::string mapped_;  // lower-cased already when ascii_
   bool ascii_ = true;
+  mutable HostFieldPlace place_;
 };
 
-// Reads the instance variable of object that the XML field name maps to (reserved words get
-// "ws_"); a field the class lacks leaves the record as the caller zeroed it.
-void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object,
+// Reads the instance variable of object (of class cls) that the XML field name maps to; a field
+// the class lacks leaves the record as the caller zeroed it. A field of a kind with a reader is
+// read with that reader alone, whose null flag is the field's.
+void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object, HostClass cls,
                    const HostFieldName& name);
-void WriteHostField(IHostSession& session, HostObject object, const HostValueRecord& record,
-                    const HostFieldName& name);
-// The same by the XML field name.
+// Writes record to the instance variable that name maps to; a missing variable drops the value.
+void WriteHostField(IHostSession& session, HostObject object, HostClass cls,
+                    const HostValueRecord& record, const HostFieldName& name);
+// The same by the XML field name, the class asked of the host.
 void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object,
                    std::string_view name);
-// Writes record to the instance variable that name maps to; a missing variable drops the value.
 void WriteHostField(IHostSession& session, HostObject object, const HostValueRecord& record,
                     std::string_view name);
 // The field id of name (lower-cased) in object's class; kNoField when there is none.

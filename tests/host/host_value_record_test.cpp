@@ -131,7 +131,8 @@ TEST_F(HostValueRecordTest, ReadAsksFlagsInOrderThenTheKindsReader) {
 
 // A null value zeroes the data and keeps its kind; no value at all sets kind 0 and leaves the rest.
 // A null record is written as a null whatever its kind. A field the class lacks leaves the record
-// zero and drops a write; a null field is not read further.
+// zero and drops a write; a null field of a simple kind is read by its kind's reader alone, whose
+// null flag leaves the data as the caller zeroed it.
 TEST_F(HostValueRecordTest, NullAndAbsentValuesAndFields) {
   HostValueRecord record{};
   std::memset(record.value.bytes, 0x5A, sizeof record.value.bytes);
@@ -160,13 +161,55 @@ TEST_F(HostValueRecordTest, NullAndAbsentValuesAndFields) {
   WriteHostField(rt, target, missing, "nosuchfield");
   EXPECT_EQ(Recorded(), (Ops{"GetClass", "GetFieldId", "GetClass", "GetFieldId"}));
 
+  rt.RecordOperations(true);
   HostValueRecord note = ReadField(source, "note");
   EXPECT_EQ(note.isNull, 1);
   EXPECT_EQ(note.kind, kHostString);
-  EXPECT_EQ(rt.CallCount("GetStringField"), 0);
+  EXPECT_EQ(note.value.int64, 0);
+  EXPECT_EQ(Recorded(), (Ops{"GetClass", "GetFieldId", "IsFieldObject", "IsFieldArray",
+                             "GetFieldKind", "GetStringField"}));
   rt.SetField(target, "note", Value::String("x"));
   WriteHostField(rt, target, note, "note");
   EXPECT_TRUE(rt.GetField(target, "note").isNull);
+}
+
+// A field name keeps its place in the class it was last asked of: the fields of further instances
+// of that class are read and written with one host call each (arrays and objects with their null
+// flag first). Another class, or a name beyond ASCII, is looked up again.
+TEST_F(HostValueRecordTest, AFieldNameIsLookedUpOncePerClass) {
+  const HostClass cls = rt.GetClass(source);
+  const HostFieldName number("F_Long");
+  const HostFieldName tags("tags");
+  rt.SetField(source, "f_long", Value::Long(-2000000000));
+  HostValueRecord record{};
+  ReadHostField(rt, record, source, cls, number);
+  rt.RecordOperations(true);
+  ReadHostField(rt, record, source, cls, number);
+  EXPECT_EQ(record.value.int32, -2000000000);
+  WriteHostField(rt, target, cls, record, number);
+  EXPECT_EQ(rt.GetField(target, "f_long"), Value::Long(-2000000000));
+  EXPECT_EQ(Recorded(), (Ops{"GetLongField", "SetLongField"}));
+
+  ReadHostField(rt, record, source, cls, tags);
+  rt.RecordOperations(true);
+  ReadHostField(rt, record, target, cls, tags);
+  EXPECT_EQ(Recorded(), (Ops{"IsFieldNull", "GetArrayField"}));
+
+  rt.RecordOperations(true);
+  ReadHostField(rt, record, item, rt.GetClass(item), number);
+  EXPECT_EQ(Recorded(), (Ops{"GetClass", "GetFieldId"}));
+
+  rt.DefineStructure("tns__accent", {FieldSpec::Like("caf\xe9", Value::Long(7))});
+  const HostObject accent = rt.NewInstance("tns__accent");
+  rt.SetField(accent, "caf\xe9", Value::Long(7));
+  const HostFieldName accented("caf\xe9");
+  const int lookUps = rt.CallCount("GetFieldId");
+  for (int i = 0; i < 2; ++i) {
+    record = HostValueRecord{};
+    ReadHostField(rt, record, accent, rt.GetClass(accent), accented);
+    EXPECT_EQ(record.value.int32, 7);
+  }
+  EXPECT_EQ(rt.CallCount("GetFieldId") - lookUps, 2);
 }
 
 TEST_F(HostValueRecordTest, FieldNamesAreLowerCasedAndReservedWordsPrefixed) {
