@@ -15,7 +15,7 @@ namespace tssoap {
 namespace {
 
 // The environment variables that decide what setlocale(LC_ALL, "") selects.
-constexpr const char* kLocaleVariables[] = {
+constexpr std::string_view kLocaleVariables[] = {
     "LC_ALL",       "LC_CTYPE",       "LC_NUMERIC",        "LC_TIME", "LC_COLLATE",
     "LC_MONETARY",  "LC_MESSAGES",    "LC_PAPER",          "LC_NAME", "LC_ADDRESS",
     "LC_TELEPHONE", "LC_MEASUREMENT", "LC_IDENTIFICATION", "LANG",    "LOCPATH"};
@@ -29,6 +29,23 @@ struct SelectionKey {
   size_t length = 0;  // 0: no key (none made yet, or one that didn't fit)
   char bytes[kCapacity];
 
+  // False when the key doesn't fit, which leaves it empty.
+  bool Build() {
+    length = 0;
+    if (ForEachPart([this](const char* text) { return Add(text); })) return true;
+    length = 0;
+    return false;
+  }
+
+  // Whether Build would make this very key now, found without making it: this runs before every
+  // text conversion.
+  bool Matches() const {
+    size_t at = 0;
+    return length != 0 && ForEachPart([&](const char* text) { return Match(text, at); }) &&
+           at == length;
+  }
+
+ private:
   bool Add(const char* text) {
     const size_t size = text != nullptr ? std::strlen(text) + 1 : 0;
     if (length + 1 + size > kCapacity) return false;
@@ -38,19 +55,32 @@ struct SelectionKey {
     return true;
   }
 
-  // False when the key doesn't fit, which leaves it empty.
-  bool Build() {
-    length = 0;
+  // Whether the key holds text (or its absence) at at; moves at behind it.
+  bool Match(const char* text, size_t& at) const {
+    if (at >= length || bytes[at] != (text != nullptr ? 1 : 0)) return false;
+    ++at;
+    if (text == nullptr) return true;
+    const size_t size = std::strlen(text) + 1;
+    if (size > length - at || std::memcmp(bytes + at, text, size) != 0) return false;
+    at += size;
+    return true;
+  }
+
+  // Calls part with each part of a key in order, the process locale's name, then each locale
+  // variable's value (null when unset), while it answers true.
+  template <typename Part>
+  static bool ForEachPart(Part part) {
     const char* values[kLocaleVariableCount] = {};
     FindLocaleVariables(values);
-    bool fits = Add(setlocale(LC_ALL, nullptr));
-    for (size_t i = 0; fits && i < kLocaleVariableCount; ++i) fits = Add(values[i]);
-    if (!fits) length = 0;
-    return fits;
+    if (!part(setlocale(LC_ALL, nullptr))) return false;
+    for (const char* value : values) {
+      if (!part(value)) return false;
+    }
+    return true;
   }
 
   // What getenv would answer for each locale variable, in one walk over the environment instead
-  // of one a variable: this runs before every text conversion.
+  // of one a variable.
   static void FindLocaleVariables(const char* (&values)[kLocaleVariableCount]) {
     for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
       const char* text = *entry;
@@ -65,10 +95,6 @@ struct SelectionKey {
         }
       }
     }
-  }
-
-  bool operator==(const SelectionKey& other) const {
-    return length == other.length && std::memcmp(bytes, other.bytes, length) == 0;
   }
 };
 
@@ -86,9 +112,8 @@ struct SelectionKey {
 void SelectHostCodePage() {
   static std::mutex selecting;
   thread_local SelectionKey last;
-  SelectionKey now;
   std::lock_guard<std::mutex> guard(selecting);
-  if (last.length != 0 && now.Build() && now == last) return;
+  if (last.Matches()) return;
   setlocale(LC_ALL, "");
   last.Build();
 }
@@ -186,12 +211,8 @@ size_t DecodeUtf8Sequence(const unsigned char* text, char16_t& unit) {
   return static_cast<size_t>(length);
 }
 
-}  // namespace
-
-std::optional<std::u16string> HostTextToUcs2(const char* text) {
-  if (text == nullptr) return std::nullopt;
-  SelectHostCodePage();
-  size_t length = std::strlen(text);
+// The code page's text as UCS-2, the code page selected already.
+std::optional<std::u16string> CodePageToUcs2(const char* text, size_t length) {
   size_t units = 0;
   if (!WalkHostText(text, length, [&](char16_t) { ++units; })) return std::nullopt;
   std::u16string result(units, u'\0');
@@ -200,9 +221,8 @@ std::optional<std::u16string> HostTextToUcs2(const char* text) {
   return result;
 }
 
-std::optional<std::string> Ucs2ToHostText(const char16_t* text) {
-  if (text == nullptr) return std::nullopt;
-  SelectHostCodePage();
+// The UCS-2 text in the code page, the code page selected already.
+std::optional<std::string> Ucs2ToCodePage(const char16_t* text) {
   size_t bytes = 0;
   if (!WalkUcs2Text(text, [&](const char*, size_t n) { bytes += n; })) return std::nullopt;
   std::string result(bytes, '\0');
@@ -212,6 +232,30 @@ std::optional<std::string> Ucs2ToHostText(const char16_t* text) {
     at += n;
   });
   return result;
+}
+
+// The length of text when it holds ASCII alone, which every code page the C runtime offers writes
+// as UTF-8 does: such a text is its own conversion both ways, in one copy.
+std::optional<size_t> AsciiLength(const char* text) {
+  unsigned char seen = 0;
+  size_t length = 0;
+  for (; text[length] != '\0'; ++length) seen |= static_cast<unsigned char>(text[length]);
+  if (seen >= 0x80) return std::nullopt;
+  return length;
+}
+
+}  // namespace
+
+std::optional<std::u16string> HostTextToUcs2(const char* text) {
+  if (text == nullptr) return std::nullopt;
+  SelectHostCodePage();
+  return CodePageToUcs2(text, std::strlen(text));
+}
+
+std::optional<std::string> Ucs2ToHostText(const char16_t* text) {
+  if (text == nullptr) return std::nullopt;
+  SelectHostCodePage();
+  return Ucs2ToCodePage(text);
 }
 
 std::optional<std::string> Ucs2ToUtf8(const char16_t* text) {
@@ -258,15 +302,20 @@ std::optional<std::u16string> Utf8ToUcs2(const char* text) {
 }
 
 std::optional<std::string> HostTextToUtf8(const char* text) {
-  std::optional<std::u16string> units = HostTextToUcs2(text);
+  if (text == nullptr) return std::nullopt;
+  SelectHostCodePage();
+  if (const std::optional<size_t> length = AsciiLength(text)) return std::string(text, *length);
+  std::optional<std::u16string> units = CodePageToUcs2(text, std::strlen(text));
   if (!units) return std::nullopt;
   return Ucs2ToUtf8(units->c_str());
 }
 
 std::optional<std::string> Utf8ToHostText(const char* text) {
+  if (text == nullptr) return std::nullopt;
+  SelectHostCodePage();
+  if (const std::optional<size_t> length = AsciiLength(text)) return std::string(text, *length);
   std::optional<std::u16string> units = Utf8ToUcs2(text);
-  if (!units) return std::nullopt;
-  return Ucs2ToHostText(units->c_str());
+  return Ucs2ToCodePage(units->c_str());
 }
 
 }  // namespace tssoap

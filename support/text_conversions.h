@@ -25,7 +25,8 @@ std::optional<std::string> Ucs2ToUtf8(const char16_t* text);
 std::optional<std::u16string> Utf8ToUcs2(const char* text);
 
 // The two pipelines: code page -> UCS-2 -> UTF-8 and UTF-8 -> UCS-2 -> code page. Nothing when
-// the code-page step fails.
+// the code-page step fails. A text of ASCII alone comes out as it went in, copied once; the code
+// page is selected for it all the same.
 std::optional<std::string> HostTextToUtf8(const char* text);
 std::optional<std::string> Utf8ToHostText(const char* text);
 
