@@ -36,18 +36,6 @@ HostArray Runtime::Model::AddArray(HostValueKind itemKind, bool objectItems, Hos
   return handle;
 }
 
-ClassDef* Runtime::Model::FindClassDef(HostClass cls, const char* operation) {
-  return Known(classes, lastClass, cls, operation, "class");
-}
-
-ObjectData* Runtime::Model::FindObject(HostObject object, const char* operation) {
-  return Known(objects, lastObject, object, operation, "object");
-}
-
-ArrayData* Runtime::Model::FindArray(HostArray array, const char* operation) {
-  return Known(arrays, lastArray, array, operation, "array");
-}
-
 bool Runtime::Model::HandleKnown(int kind, uint32_t handle) const {
   switch (kind) {
     case kHostString:

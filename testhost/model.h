@@ -111,6 +111,8 @@ struct ClassDef {
 
 struct ObjectData {
   HostClass cls = 0;
+  ClassDef* def =
+      nullptr;  // the class's entry (classes are never removed, and their nodes stay put)
   std::vector<Runtime::Stored> fields;
   IHostNonVisualObject* instance = nullptr;  // extension classes
   IHostMarshaler* marshaler = nullptr;       // proxies after AttachMarshaler
@@ -239,9 +241,16 @@ struct Runtime::Model {
     Misuse(std::string(operation) + ": unknown " + what + " " + std::to_string(handle));
     return nullptr;
   }
-  ClassDef* FindClassDef(HostClass cls, const char* operation);
-  ObjectData* FindObject(HostObject object, const char* operation);
-  ArrayData* FindArray(HostArray array, const char* operation);
+  // Defined here so that every operation gets them inline: they run on each host call.
+  ClassDef* FindClassDef(HostClass cls, const char* operation) {
+    return Known(classes, lastClass, cls, operation, "class");
+  }
+  ObjectData* FindObject(HostObject object, const char* operation) {
+    return Known(objects, lastObject, object, operation, "object");
+  }
+  ArrayData* FindArray(HostArray array, const char* operation) {
+    return Known(arrays, lastArray, array, operation, "array");
+  }
   // Whether a handle a value of that kind (a HostValueKind, kObjectSlot or kArraySlot) stores names
   // a thing of that kind; kinds without handles always do.
   bool HandleKnown(int kind, uint32_t handle) const;
@@ -261,5 +270,10 @@ struct Runtime::Model {
   Value LoadArray(HostArray array);
   HostArray StoreArray(const Value& array);
 };
+
+inline void Runtime::Note(const char* operation) {
+  model_->callCounts.Count(operation);
+  if (model_->recording) model_->operations.push_back(operation);
+}
 
 }  // namespace testhost

@@ -200,11 +200,6 @@ void Runtime::DeclareExtensionClasses() {
   }
 }
 
-void Runtime::Note(const char* operation) {
-  model_->callCounts.Count(operation);
-  if (model_->recording) model_->operations.push_back(operation);
-}
-
 void Runtime::Misuse(std::string message) { model_->Misuse(std::move(message)); }
 
 // ---- Declaring classes ----------------------------------------------------------------------
@@ -255,6 +250,8 @@ HostObject Runtime::CreateObject(HostClass cls) {
   if (def == nullptr) return 0;
   ObjectData data;
   data.cls = cls;
+  data.def = def;
+  data.fields.reserve(def->fields.size());
   for (const FieldSpec& field : def->fields) data.fields.push_back(model_->InitialField(field));
   HostObject object = model_->NewHandle();
   model_->objects.emplace(object, std::move(data));

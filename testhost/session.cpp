@@ -35,8 +35,8 @@ const Runtime::Stored kNullSlot{true, 0, 0, 0};
 Runtime::Stored* FieldSlot(Runtime::Model& model, const char* operation, HostObject object,
                            HostFieldId field, int kind) {
   ObjectData* data = model.FindObject(object, operation);
-  ClassDef* cls = data != nullptr ? model.FindClassDef(data->cls, operation) : nullptr;
-  if (cls == nullptr) return nullptr;
+  if (data == nullptr) return nullptr;
+  const ClassDef* cls = data->def;
   if (field >= cls->fields.size()) {
     model.Misuse(Where(operation, object) + " has no field " + std::to_string(field));
     return nullptr;
