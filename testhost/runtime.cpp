@@ -468,14 +468,14 @@ IHostMarshaler* Runtime::MarshalerOf(HostObject proxy) const {
 // ---- Proxy calls ----------------------------------------------------------------------------
 
 CallOutcome Runtime::Call(HostObject proxy, const std::string& description,
-                          std::vector<Value> arguments, Value result) {
+                          const std::vector<Value>& arguments, Value result) {
   CallOutcome outcome;
   IHostMarshaler* marshaler = MarshalerOf(proxy);
   if (marshaler == nullptr) {
     Misuse("Call: object " + std::to_string(proxy) + " has no marshaler");
     outcome.status = -1;
     outcome.result = std::move(result);
-    outcome.arguments = std::move(arguments);
+    outcome.arguments = arguments;
     return outcome;
   }
   CallFrame frame(*this, arguments, result, true);

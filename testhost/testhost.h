@@ -240,8 +240,8 @@ class Runtime final : public IHostSession {
   // `result` is the return value as the host prepares it (its kind is the function's result
   // kind; leave it kHostUnknown for a function without one). The pending exception, if any, is
   // read and cleared.
-  CallOutcome Call(HostObject proxy, const std::string& description, std::vector<Value> arguments,
-                   Value result = Value::Null(kHostUnknown));
+  CallOutcome Call(HostObject proxy, const std::string& description,
+                   const std::vector<Value>& arguments, Value result = Value::Null(kHostUnknown));
 
   // ---- Knobs for testing the extension's assumptions -------------------------------------
   // The number every host boolean answers for true (1 by default; 2 or 0xFFFF to test).

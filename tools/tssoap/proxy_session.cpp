@@ -125,11 +125,10 @@ std::vector<testhost::Value> ProxySession::Arguments(const ProxyFunction& functi
 }
 
 testhost::CallOutcome ProxySession::Call(const ProxyFunction& function,
-                                         std::vector<testhost::Value> arguments) {
+                                         const std::vector<testhost::Value>& arguments) {
   testhost::Value result =
       function.returns ? EmptyValueOf(*function.returns) : testhost::Value::Null(kHostUnknown);
-  return runtime_->Call(proxyObject_, function.description, std::move(arguments),
-                        std::move(result));
+  return runtime_->Call(proxyObject_, function.description, arguments, std::move(result));
 }
 
 Json ProxySession::Report(const ProxyFunction& function, const testhost::CallOutcome& outcome) {

@@ -49,8 +49,10 @@ class ProxySession {
   // The function's arguments from their JSON texts, one per parameter; throws ArgumentError.
   std::vector<testhost::Value> Arguments(const ProxyFunction& function,
                                          const std::vector<nlohmann::ordered_json>& arguments);
-  // One call of the function on the proxy object.
-  testhost::CallOutcome Call(const ProxyFunction& function, std::vector<testhost::Value> arguments);
+  // One call of the function on the proxy object; the arguments are not copied (repeated calls
+  // send the same ones).
+  testhost::CallOutcome Call(const ProxyFunction& function,
+                             const std::vector<testhost::Value>& arguments);
   // The outcome in the command line's notation: {"return": ..., "out": {...}} ("return" absent
   // for a function without a result), or {"exception": {"text", "faultcode", "faultstring",
   // "detailmessage"}}.
