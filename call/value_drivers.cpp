@@ -1,6 +1,7 @@
 #include "call/value_drivers.h"
 
 #include "call/struct_objects.h"
+#include "support/text_conversions.h"
 
 namespace tssoap {
 
@@ -66,6 +67,8 @@ void PrepareArray(ConversionContext& context, XmlTypeCode code) {
 
 void ConvertToWire(const ValueForm& form, SOAPParameter& parameter, SOAPParameter& parent,
                    HostValueRecord& record, IHostSession& session, HostObject proxy) {
+  // The texts of an array's items and fields share one selection of the code page.
+  const HostCodePageHeld codePage(form.arrayStyle != kScalar);
   const SOAPParameter& inheritFrom = form.arrayStyle == kRepeatedElements ? parent : parameter;
   ConversionContext context = ValueContext(form, parameter, inheritFrom, record, session, proxy);
   context.parentParameter = &parent;
@@ -76,6 +79,7 @@ void ConvertToWire(const ValueForm& form, SOAPParameter& parameter, SOAPParamete
 void ConvertFromWire(const ValueForm& form, const SOAPParameter& parameter,
                      const SOAPParameter& enclosing, HostValueRecord& record, IHostSession& session,
                      HostObject proxy) {
+  const HostCodePageHeld codePage(form.arrayStyle != kScalar);
   const SOAPParameter& inheritFrom = form.arrayStyle == kRepeatedElements ? enclosing : parameter;
   ConversionContext context = ValueContext(form, parameter, inheritFrom, record, session, proxy);
   // The way in reads its elements and never writes through them.

@@ -109,13 +109,27 @@ struct SelectionKey {
 // thread reading the name while another selects would read freed text: the selections and the
 // reads of the name take one lock. (A host that calls setlocale itself on another thread at the
 // same moment is beyond what the extension can guard.)
-void SelectHostCodePage() {
+void SelectIfChanged() {
   static std::mutex selecting;
   thread_local SelectionKey last;
   std::lock_guard<std::mutex> guard(selecting);
   if (last.Matches()) return;
   setlocale(LC_ALL, "");
   last.Build();
+}
+
+// The calling thread's HostCodePageHeld scopes: how many are open, and whether a conversion
+// selected the code page (or found it selected) since the outermost opened.
+struct HeldSelection {
+  int depth = 0;
+  bool selected = false;
+};
+thread_local HeldSelection held;
+
+void SelectHostCodePage() {
+  if (held.selected) return;
+  SelectIfChanged();
+  held.selected = held.depth > 0;
 }
 
 constexpr char16_t kReplacementUnit = 0xFFFD;
@@ -245,6 +259,14 @@ std::optional<size_t> AsciiLength(const char* text) {
 }
 
 }  // namespace
+
+HostCodePageHeld::HostCodePageHeld(bool hold) : hold_(hold) {
+  if (hold_) ++held.depth;
+}
+
+HostCodePageHeld::~HostCodePageHeld() {
+  if (hold_ && --held.depth == 0) held.selected = false;
+}
 
 std::optional<std::u16string> HostTextToUcs2(const char* text) {
   if (text == nullptr) return std::nullopt;

@@ -1,6 +1,7 @@
 // Conversions between the host's code page (the environment's locale, selected for the whole
 // process with setlocale(LC_ALL, "") before each code-page conversion, unless neither the
-// environment nor the process locale changed since the calling thread's last selection), UCS-2
+// environment nor the process locale changed since the calling thread's last selection, or a
+// HostCodePageHeld scope holds the selection), UCS-2
 // (16-bit units) and UTF-8.
 // Each gives nothing for nothing; the two code-page conversions also give nothing when a text
 // can't be converted, and the caller chooses the message.
@@ -10,6 +11,23 @@
 #include <string>
 
 namespace tssoap {
+
+// While one is open on the calling thread, the code page that the first conversion selects (or
+// finds selected) holds for the conversions behind it, unchecked. Nothing the extension does
+// between the texts of one value -- a parameter with all its items and fields -- changes the
+// environment or the process locale, so checking them before each text of the value would only
+// cost. Scopes nest; the outermost one's end lets the next conversion check again. One made with
+// false holds nothing.
+class HostCodePageHeld {
+ public:
+  explicit HostCodePageHeld(bool hold = true);
+  ~HostCodePageHeld();
+  HostCodePageHeld(const HostCodePageHeld&) = delete;
+  HostCodePageHeld& operator=(const HostCodePageHeld&) = delete;
+
+ private:
+  bool hold_;
+};
 
 // Nothing when a byte sequence is no character of the code page; a character beyond the 16-bit
 // range becomes a surrogate pair.

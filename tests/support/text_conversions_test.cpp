@@ -56,6 +56,28 @@ TEST(TextConversions, FollowTheEnvironmentAndTheProcessLocaleFromCallToCall) {
   EXPECT_EQ(Ucs2ToHostText(u"a\xD83D"), std::nullopt);
 }
 
+// Within a held scope the first conversion's code page stands, also when the environment changes
+// behind it; the end of the outermost scope lets the next conversion look again. A scope made with
+// false holds nothing.
+TEST(TextConversions, AHeldScopeKeepsItsFirstSelectionUntilItEnds) {
+  EnvironmentLocale latin1("en_US.ISO-8859-1");
+  if (!latin1.available) GTEST_SKIP() << "en_US.ISO-8859-1 is not installed";
+  {
+    const HostCodePageHeld held;
+    EXPECT_EQ(HostTextToUtf8("\xE9"), "\xC3\xA9");
+    setenv("LC_ALL", "en_US.UTF-8", 1);
+    {
+      const HostCodePageHeld inner;
+      EXPECT_EQ(Utf8ToHostText("\xC3\xA9"), "\xE9");
+    }
+    EXPECT_EQ(HostTextToUtf8("\xE9"), "\xC3\xA9");
+  }
+  EXPECT_EQ(HostTextToUtf8("\xE9"), std::nullopt);
+  const HostCodePageHeld nothing(false);
+  setenv("LC_ALL", "en_US.ISO-8859-1", 1);
+  EXPECT_EQ(HostTextToUtf8("\xE9"), "\xC3\xA9");
+}
+
 // Scripts on several threads convert at once. A thread's first conversion selects the code page
 // for the whole process while the other threads read the process locale's name; each round starts
 // new threads, so that every round selects again.
