@@ -36,6 +36,10 @@ HostArray Runtime::Model::AddArray(HostValueKind itemKind, bool objectItems, Hos
   return handle;
 }
 
+void Runtime::Model::UnknownHandle(const char* operation, const char* what, uint32_t handle) {
+  Misuse(std::string(operation) + ": unknown " + what + " " + std::to_string(handle));
+}
+
 bool Runtime::Model::HandleKnown(int kind, uint32_t handle) const {
   switch (kind) {
     case kHostString:

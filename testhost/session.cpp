@@ -2,6 +2,8 @@
 // the host's rules (misuses are recorded, never thrown) and counted by name.
 #include <cstdlib>
 #include <cstring>
+#include <string>
+#include <type_traits>
 
 #include "testhost/model.h"
 
@@ -25,6 +27,22 @@ bool SlotMatches(bool isArray, bool isObject, HostValueKind declared, int kind) 
   }
 }
 
+std::string Text(const char* text) { return text; }
+std::string Text(const std::string& text) { return text; }
+template <typename Number, typename = std::enable_if_t<std::is_integral_v<Number>>>
+std::string Text(Number number) {
+  return std::to_string(number);
+}
+
+// Records a misuse whose message is the parts one behind the other. Out of line and cold, so that
+// the checks that run on every host call stay small.
+template <typename... Parts>
+[[gnu::cold, gnu::noinline]] void Complain(Runtime::Model& model, const Parts&... parts) {
+  std::string message;
+  ((message += Text(parts)), ...);
+  model.Misuse(std::move(message));
+}
+
 Runtime::Stored Integer(int64_t value) { return Runtime::Stored{false, value, 0, 0}; }
 Runtime::Stored Real(double value) { return Runtime::Stored{false, 0, value, 0}; }
 Runtime::Stored Handle(uint32_t handle) { return Runtime::Stored{handle == 0, 0, 0, handle}; }
@@ -38,12 +56,12 @@ Runtime::Stored* FieldSlot(Runtime::Model& model, const char* operation, HostObj
   if (data == nullptr) return nullptr;
   const ClassDef* cls = data->def;
   if (field >= cls->fields.size()) {
-    model.Misuse(Where(operation, object) + " has no field " + std::to_string(field));
+    Complain(model, operation, ": ", object, " has no field ", field);
     return nullptr;
   }
   const FieldSpec& fieldSpec = cls->fields[field];
   if (!SlotMatches(fieldSpec.isArray, fieldSpec.isObject, fieldSpec.kind, kind)) {
-    model.Misuse(std::string(operation) + " on field " + fieldSpec.name + " of another kind");
+    Complain(model, operation, " on field ", fieldSpec.name, " of another kind");
     return nullptr;
   }
   return &data->fields[field];
@@ -59,12 +77,12 @@ ArrayData* ItemArray(Runtime::Model& model, const char* operation, HostArray arr
   bool beyond = item != nullptr && static_cast<size_t>(*item) > data->items.size() &&
                 (!writing || data->bounded);
   if (item == nullptr || *item < 1 || beyond) {
-    model.Misuse(Where(operation, array) + ": item " + (item ? std::to_string(*item) : "null") +
-                 " of " + std::to_string(data->items.size()));
+    Complain(model, operation, ": ", array, ": item ", item ? std::to_string(*item) : "null",
+             " of ", data->items.size());
     return nullptr;
   }
   if (!SlotMatches(false, data->objects, data->itemKind, kind)) {
-    model.Misuse(std::string(operation) + " on an array of another kind");
+    Complain(model, operation, " on an array of another kind");
     return nullptr;
   }
   return data;
@@ -74,7 +92,7 @@ ArrayData* ItemArray(Runtime::Model& model, const char* operation, HostArray arr
 bool Storable(Runtime::Model& model, const char* operation, int kind,
               const Runtime::Stored& value) {
   if (value.isNull || model.HandleKnown(kind, value.handle)) return true;
-  model.Misuse(std::string(operation) + " with unknown handle " + std::to_string(value.handle));
+  Complain(model, operation, " with unknown handle ", value.handle);
   return false;
 }
 
@@ -124,7 +142,7 @@ Runtime::Stored Keep(T value) {
 Runtime::Stored Runtime::ReadFieldSlot(const char* operation, HostObject object, HostFieldId field,
                                        int kind, HostBool* isNull) {
   Note(operation);
-  if (isNull == nullptr) Misuse(std::string(operation) + ": no null flag to fill");
+  if (isNull == nullptr) Complain(*model_, operation, ": no null flag to fill");
   const Stored* slot = FieldSlot(*model_, operation, object, field, kind);
   if (slot == nullptr) return kNullSlot;
   if (isNull != nullptr) *isNull = Answer(slot->isNull);
@@ -141,7 +159,7 @@ void Runtime::WriteFieldSlot(const char* operation, HostObject object, HostField
 Runtime::Stored Runtime::ReadItemSlot(const char* operation, HostArray array, const int32_t* item,
                                       int kind, HostBool* isNull) {
   Note(operation);
-  if (isNull == nullptr) Misuse(std::string(operation) + ": no null flag to fill");
+  if (isNull == nullptr) Complain(*model_, operation, ": no null flag to fill");
   const ArrayData* data = ItemArray(*model_, operation, array, item, kind, false);
   if (data == nullptr) return kNullSlot;
   const Stored& stored = data->items[static_cast<size_t>(*item - 1)];
