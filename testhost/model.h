@@ -39,16 +39,12 @@ class OperationCounts {
  public:
   OperationCounts() : slots_(128) {}
   void Count(const char* operation) {
-    Slot* slot = &Find(operation);
-    if (slot->operation == nullptr) {
-      if (2 * (used_ + 1) > slots_.size()) {
-        Grow();
-        slot = &Find(operation);
-      }
-      slot->operation = operation;
-      ++used_;
+    Slot& slot = Find(operation);
+    if (slot.operation == operation) {
+      ++slot.calls;
+    } else {
+      CountNew(operation);
     }
-    ++slot->calls;
   }
   int Calls(std::string_view operation) const {
     int calls = 0;
@@ -73,6 +69,14 @@ class OperationCounts {
     size_t i = static_cast<size_t>(mixed >> 32) & mask;
     while (slots_[i].operation != nullptr && slots_[i].operation != operation) i = (i + 1) & mask;
     return slots_[i];
+  }
+  // The first call of an operation; out of line, off the path of every other call.
+  [[gnu::noinline]] void CountNew(const char* operation) {
+    if (2 * (used_ + 1) > slots_.size()) Grow();
+    Slot& slot = Find(operation);
+    slot.operation = operation;
+    slot.calls = 1;
+    ++used_;
   }
   void Grow() {
     std::vector<Slot> old(2 * slots_.size());
@@ -202,6 +206,8 @@ struct Runtime::Model {
   std::vector<std::string> misuses;
 
   uint32_t NewHandle() { return nextHandle++; }
+  // Keeps an operation in the recorded order; out of line, off the path of every host call.
+  [[gnu::noinline]] void Record(const char* operation) { operations.push_back(operation); }
   void Misuse(std::string message) { misuses.push_back(std::move(message)); }
 
   // Stores a thing under a new handle.
@@ -280,7 +286,7 @@ struct Runtime::Model {
 
 inline void Runtime::Note(const char* operation) {
   model_->callCounts.Count(operation);
-  if (model_->recording) model_->operations.push_back(operation);
+  if (model_->recording) model_->Record(operation);
 }
 
 }  // namespace testhost
