@@ -1,6 +1,8 @@
 #include "types/floating_types.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <clocale>
 #include <cmath>
 #include <cstdarg>
@@ -73,14 +75,6 @@ size_t DecimalNumberLength(const char* text) {
   return static_cast<size_t>(at - text);
 }
 
-// The lexical form of a real or a double: a finite number with digits significant digits, else
-// NaN, INF or -INF.
-std::string FloatingText(double number, int digits) {
-  if (std::isfinite(number)) return FormatC("%.*G", digits, number);
-  if (std::isnan(number)) return "NaN";
-  return number > 0 ? "INF" : "-INF";
-}
-
 void FloatToXmlText(XmlValueText& value, ConversionContext& context) {
   if (CopyNullOut(value, context.record)) return;
   value.text = FloatingText(context.record.value.real, 9);
@@ -142,6 +136,20 @@ void DurationToXmlText(XmlValueText&, ConversionContext&) {}
 void DurationFromXmlText(const XmlValueText&, ConversionContext&) {}
 
 }  // namespace
+
+std::string FloatingText(double number, int digits) {
+  if (std::isnan(number)) return "NaN";
+  if (std::isinf(number)) return number > 0 ? "INF" : "-INF";
+  // to_chars in the general format with a precision writes what printf's "%.*g" writes, in no
+  // locale and without printf's format parsing and locale switch; only the exponent's letter
+  // differs from "%.*G".
+  char buffer[64];
+  const std::to_chars_result end =
+      std::to_chars(buffer, buffer + sizeof buffer, number, std::chars_format::general, digits);
+  char* exponent = std::find(buffer, end.ptr, 'e');
+  if (exponent != end.ptr) *exponent = 'E';
+  return std::string(buffer, end.ptr);
+}
 
 double StringToDoubleC(const char* text, const char** end) {
   // The C library also reads hexadecimal numbers and the words for infinity and NaN; the wire

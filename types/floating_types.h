@@ -19,6 +19,10 @@ double StringToDoubleC(const char* text, const char** end);
 // snprintf in the "C" locale, into a string; the text is never cut.
 std::string FormatC(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+// The lexical form of a real or a double: a finite number as "%.*G" prints it with digits
+// significant digits in the "C" locale, else NaN, INF or -INF.
+std::string FloatingText(double number, int digits);
+
 // The number of a float or double text. "INF", "-INF" (infinity) and "NaN" (0.0) in any case of
 // their letters; otherwise a number as strtod reads it, blanks allowed behind it. Raises
 // "Could not convert string to floating point: '<text>'" and "Double floating-point

@@ -5,7 +5,12 @@
 
 #include <clocale>
 #include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <random>
+#include <vector>
 
+#include "types/floating_types.h"
 #include "types/integer_types.h"
 #include "types_test_support.h"
 
@@ -247,6 +252,53 @@ TEST(DecimalText, RefusesWhatIsNoNumberWithTheWholeText) {
   // Leading zeros don't count towards the 16-bit digit counts; significant digits beyond them do.
   EXPECT_EQ(DecimalText((std::string(40000, '0') + "1").c_str()).ToInt64(), 1);
   EXPECT_TRUE(MessageOf([] { DecimalText(std::string(40000, '9').c_str()); }).has_value());
+}
+
+// Reals and doubles are written without printf; their texts must stay what "%.*G" printed, for
+// the rows' precisions, over edge values and a fixed spread of bit patterns of both widths.
+TEST(FloatingText, WritesWhatPrintfWrote) {
+  std::vector<double> numbers = {0.0,
+                                 -0.0,
+                                 1.0,
+                                 -1.0,
+                                 0.1,
+                                 1e-5,
+                                 1e-4,
+                                 123456789.0,
+                                 1e17,
+                                 1e18,
+                                 1e19,
+                                 5e-324,
+                                 2.2250738585072014e-308,
+                                 1.7976931348623157e308,
+                                 3.4028234663852886e38,
+                                 1.17549435e-38,
+                                 0.5,
+                                 9.5,
+                                 99999999.5,
+                                 999999999.5,
+                                 1e21,
+                                 7.25};
+  std::mt19937_64 bits(20261124);
+  for (int i = 0; i < 20000; ++i) {
+    double wide;
+    const uint64_t pattern = bits();
+    std::memcpy(&wide, &pattern, sizeof wide);
+    float narrow;
+    const uint32_t half = static_cast<uint32_t>(pattern);
+    std::memcpy(&narrow, &half, sizeof narrow);
+    if (std::isfinite(wide)) numbers.push_back(wide);
+    if (std::isfinite(narrow)) numbers.push_back(narrow);
+  }
+  for (const int digits : {9, 18}) {
+    for (const double number : numbers) {
+      char printed[64];
+      std::snprintf(printed, sizeof printed, "%.*G", digits, number);
+      ASSERT_EQ(FloatingText(number, digits), printed) << digits << " digits";
+    }
+  }
+  EXPECT_EQ(FloatingText(NAN, 9), "NaN");
+  EXPECT_EQ(FloatingText(-INFINITY, 18), "-INF");
 }
 
 TEST(StringRows, ReportTextsWithoutAFormInTheOtherCodePageByRow) {
