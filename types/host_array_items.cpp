@@ -1,6 +1,8 @@
 #include "types/host_array_items.h"
 
-#include <cstdio>
+#include <charconv>
+#include <string>
+#include <string_view>
 
 #include "support/soap_vocabulary.h"
 #include "support/values/soap_exception.h"
@@ -30,13 +32,18 @@ void WriteEncodedArrayHead(SOAPParameter& parameter, const char* itemType,
                            const char* itemTypeNamespace, uint32_t count) {
   const SoapVocabulary& vocabulary = Vocabulary();
   parameter.ClearValue();
-  parameter.AddAttribute(vocabulary.type)
-      .Set(vocabulary.Array.GetName().Str(), vocabulary.Array.GetNamespace().Str());
-  SOAPQName& arrayType = parameter.AddAttribute(vocabulary.arrayType);
-  arrayType.Set(itemType, itemTypeNamespace);
-  char dimension[32];
-  const int length = std::snprintf(dimension, sizeof dimension, "[%d]", static_cast<int>(count));
-  arrayType.GetName().Append(dimension, static_cast<uint32_t>(length));
+  parameter.SetAttribute(vocabulary.type, vocabulary.Array.GetName().Str(),
+                         vocabulary.Array.GetNamespace().Str());
+  // "type[count]"; a null type reads as empty.
+  const std::string_view type = itemType != nullptr ? itemType : "";
+  std::string arrayType;
+  arrayType.reserve(type.size() + 16);
+  arrayType.append(type).push_back('[');
+  char digits[16];
+  const std::to_chars_result end =
+      std::to_chars(digits, digits + sizeof digits, static_cast<int>(count));
+  arrayType.append(digits, end.ptr).push_back(']');
+  parameter.SetAttribute(vocabulary.arrayType, arrayType.c_str(), itemTypeNamespace);
   parameter.SetIsStruct();
 }
 

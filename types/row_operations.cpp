@@ -42,9 +42,8 @@ SOAPParameter& ParentOf(const ConversionContext& context) {
 
 }  // namespace
 
-void SetTypeAttribute(const XmlDataTypeRow& row, SOAPQName& qname) {
-  qname.SetName(row.name);
-  qname.SetNamespace(GetTypeNamespace());
+void SetTypeAttribute(const XmlDataTypeRow& row, SOAPParameter& parameter) {
+  parameter.SetAttribute(Vocabulary().type, row.name, GetTypeNamespace());
 }
 
 void ScalarOut(ConversionContext& context) {
@@ -58,7 +57,7 @@ void ScalarOut(ConversionContext& context) {
   // A value the type can't hold leaves the parameter untouched.
   context.row->conversion->toXmlText(value, context);
   parameter.ClearValue();
-  SetTypeAttribute(*context.row, parameter.AddAttribute(Vocabulary().type));
+  SetTypeAttribute(*context.row, parameter);
   value.WriteTo(parameter);
 }
 
@@ -91,6 +90,7 @@ void EncodedArrayOut(ConversionContext& context) {
   WriteEncodedArrayHead(context.parameter, context.row->name, GetTypeNamespace(),
                         array.items.Size());
   // Items go without a type attribute and with the local name alone.
+  context.parameter.ReserveParameters(array.items.Size());
   for (const XmlValueText& item : array.items) {
     item.WriteTo(context.parameter.AddParameter(context.elementName.c_str()));
   }

@@ -8,14 +8,14 @@
 // before any item is read. Every array info taken from the host is given back on every way out.
 #pragma once
 
-#include "support/values/soap_qname.h"
+#include "easysoap/soap_parameter.h"
 #include "types/xml_data_type_table.h"
 
 namespace tssoap {
 
-// Stores the row's name and the calling thread's type namespace in qname; no namespace text when
-// the thread has no namespace block.
-void SetTypeAttribute(const XmlDataTypeRow& row, SOAPQName& qname);
+// Gives parameter the type attribute of the row: its name in the calling thread's type namespace;
+// no namespace text when the thread has no namespace block.
+void SetTypeAttribute(const XmlDataTypeRow& row, SOAPParameter& parameter);
 
 // The row operation of each layout and direction.
 using RowOperation = void (*)(ConversionContext& context);

@@ -1,5 +1,6 @@
 #include "easysoap/src/message_store.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -14,42 +15,84 @@ namespace {
 constexpr size_t kAlignment = alignof(void*);  // enough for every object of the tree
 constexpr size_t kFirstBlock = 16 * 1024;
 constexpr size_t kLargestBlock = 1024 * 1024;
+// A table of kept texts up to this many slots stays for the next message; a larger one goes.
+constexpr size_t kKeptTableSlots = 1024;
 
 size_t Aligned(size_t bytes) { return (bytes + kAlignment - 1) & ~(kAlignment - 1); }
+
+// The size of the block at position index of the chain: each twice the one before, up to the
+// largest.
+size_t ChainBlockSize(size_t index) {
+  size_t size = kFirstBlock;
+  for (size_t i = 0; i < index && size < kLargestBlock; ++i) size *= 2;
+  return size;
+}
 
 }  // namespace
 
 MessageStore::~MessageStore() { Reset(); }
 
 void MessageStore::Reset() {
-  for (char* block : blocks_) std::free(block);
-  blocks_.clear();
+  Rewind(0);
   blocks_.shrink_to_fit();
+  alone_.shrink_to_fit();
   table_.clear();
   table_.shrink_to_fit();
+  footprint_ = 0;
+}
+
+void MessageStore::Rewind(size_t keepBytes) {
+  for (char* block : alone_) std::free(block);
+  alone_.clear();
+  size_t kept = 0;
+  size_t count = 0;
+  while (count < blocks_.size() && kept + blocks_[count].size <= keepBytes) {
+    kept += blocks_[count++].size;
+  }
+  for (size_t i = count; i < blocks_.size(); ++i) std::free(blocks_[i].data);
+  blocks_.resize(count);
+  inUse_ = 0;
   next_ = nullptr;
   left_ = 0;
-  nextBlockSize_ = kFirstBlock;
-  footprint_ = 0;
+  if (table_.size() > kKeptTableSlots) {
+    table_.clear();
+    table_.shrink_to_fit();
+  } else {
+    std::fill(table_.begin(), table_.end(), nullptr);
+  }
+  footprint_ = table_.size() * sizeof(Interned*);
   interned_ = 0;
+  lastInterned_ = nullptr;
+  std::fill(std::begin(memo_), std::end(memo_), Memo{});
+}
+
+char* MessageStore::TakeBlock(size_t size) {
+  auto* block = static_cast<char*>(std::malloc(size));
+  if (block == nullptr) throw SOAPMemoryException();
+  return block;
 }
 
 void* MessageStore::Allocate(size_t bytes) {
   bytes = Aligned(bytes == 0 ? 1 : bytes);
   if (bytes > left_) {
-    if (nextBlockSize_ < kFirstBlock) nextBlockSize_ = kFirstBlock;
+    const size_t chainSize =
+        inUse_ < blocks_.size() ? blocks_[inUse_].size : ChainBlockSize(blocks_.size());
     // A request larger than a quarter block gets a block of its own; the current one stays.
-    bool alone = bytes > nextBlockSize_ / 4;
-    size_t size = alone ? bytes : nextBlockSize_;
-    blocks_.reserve(blocks_.size() + 1);
-    auto* block = static_cast<char*>(std::malloc(size));
-    if (block == nullptr) throw SOAPMemoryException();
-    blocks_.push_back(block);
-    footprint_ += size;
-    if (alone) return block;
-    next_ = block;
-    left_ = size;
-    if (nextBlockSize_ < kLargestBlock) nextBlockSize_ *= 2;
+    if (bytes > chainSize / 4) {
+      alone_.reserve(alone_.size() + 1);
+      char* block = TakeBlock(bytes);
+      alone_.push_back(block);
+      footprint_ += bytes;
+      return block;
+    }
+    if (inUse_ == blocks_.size()) {
+      blocks_.reserve(blocks_.size() + 1);
+      blocks_.push_back({TakeBlock(chainSize), chainSize});
+    }
+    const Block& block = blocks_[inUse_++];
+    footprint_ += block.size;
+    next_ = block.data;
+    left_ = block.size;
   }
   char* result = next_;
   next_ += bytes;
@@ -82,14 +125,20 @@ MessageStore::Interned* MessageStore::FindInterned(std::string_view text) const 
 }
 
 MessageStore::Interned& MessageStore::Intern(std::string_view text) {
+  if (lastInterned_ != nullptr && lastInterned_->length == text.size() &&
+      std::memcmp(lastInterned_->text, text.data(), text.size()) == 0) {
+    return *lastInterned_;
+  }
   if (2 * (interned_ + 1) > table_.size()) GrowTable();
   auto tableHash = static_cast<uint32_t>(std::hash<std::string_view>()(text));
   Interned** slot = Slot(text, tableHash);
-  if (*slot != nullptr) return **slot;
-  const char* copy = Copy(text);
-  *slot = New<Interned>(
-      Interned{copy, static_cast<uint32_t>(text.size()), SOAPQName::HashText(copy), tableHash, 0});
-  ++interned_;
+  if (*slot == nullptr) {
+    const char* copy = Copy(text);
+    *slot = New<Interned>(Interned{copy, static_cast<uint32_t>(text.size()),
+                                   SOAPQName::HashText(copy), tableHash, 0});
+    ++interned_;
+  }
+  lastInterned_ = *slot;
   return **slot;
 }
 
@@ -101,6 +150,23 @@ void MessageStore::GrowTable() {
   for (Interned* entry : old) {
     if (entry != nullptr) *Slot({entry->text, entry->length}, entry->tableHash) = entry;
   }
+}
+
+size_t MessageStore::MemoSlot(const void* const key[4]) {
+  uintptr_t mixed = 0;
+  for (int i = 0; i < 4; ++i) mixed = (mixed ^ reinterpret_cast<uintptr_t>(key[i])) * 31;
+  return (mixed >> 4) % kMemoSlots;
+}
+
+void* MessageStore::Recall(const void* const key[4]) const {
+  const Memo& memo = memo_[MemoSlot(key)];
+  return std::equal(key, key + 4, memo.key) ? memo.value : nullptr;
+}
+
+void MessageStore::Remember(const void* const key[4], void* value) {
+  Memo& memo = memo_[MemoSlot(key)];
+  std::copy(key, key + 4, memo.key);
+  memo.value = value;
 }
 
 }  // namespace easysoap_internal

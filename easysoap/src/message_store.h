@@ -1,7 +1,9 @@
-// MessageStore: the storage of one parsed message. Elements, attribute entries and texts are
-// carved out of a few large blocks instead of one block each, and names, namespaces and
-// qualified-name values are kept once however often they occur, so that the tree of an answer
-// costs a small multiple of its size. Everything goes at once, with the message.
+// MessageStore: the storage of one message, parsed or built. Elements, attribute entries and texts
+// are carved out of a few large blocks instead of one block each, and names, namespaces and
+// qualified-name values are kept once however often they occur, so that the tree of a message
+// costs a small multiple of its size. Everything goes at once, with the message; Rewind keeps the
+// blocks for the next message, so that a message of the same size takes nothing new from the
+// system.
 #pragma once
 
 #include <cstddef>
@@ -43,24 +45,48 @@ class MessageStore {
   // The copy of text when there is one, else null.
   Interned* FindInterned(std::string_view text) const;
 
-  // Bytes taken from the system for the message: the blocks and the table of kept texts.
+  // Bytes taken from the system for the message: the blocks in use and the table of kept texts.
   size_t Footprint() const { return footprint_; }
   // How many distinct texts are kept.
   size_t InternedCount() const { return interned_; }
   // Frees everything.
   void Reset();
+  // Forgets everything but keeps up to keepBytes of blocks (and a small table of kept texts) for
+  // the next message.
+  void Rewind(size_t keepBytes);
+
+  // A small memory of values found once and asked for again (the attribute table of a request's
+  // elements with equal attributes), keyed by up to four pointers into this storage; a slot may
+  // be overwritten by another key at any time. Forgotten with everything else.
+  void* Recall(const void* const key[4]) const;
+  void Remember(const void* const key[4], void* value);
 
  private:
+  struct Block {
+    char* data;
+    size_t size;
+  };
+  struct Memo {
+    const void* key[4];
+    void* value;
+  };
+  static constexpr size_t kMemoSlots = 16;
+
   Interned** Slot(std::string_view text, uint32_t tableHash) const;
   void GrowTable();
+  char* TakeBlock(size_t size);
+  static size_t MemoSlot(const void* const key[4]);
 
-  std::vector<char*> blocks_;
+  std::vector<Block> blocks_;  // the blocks of the chain, in the order they are used
+  size_t inUse_ = 0;           // how many of blocks_ this message has taken
+  std::vector<char*> alone_;   // blocks of one large request each
   char* next_ = nullptr;
   size_t left_ = 0;
-  size_t nextBlockSize_ = 0;
   size_t footprint_ = 0;
   std::vector<Interned*> table_;  // open addressing, a power of two, at most half full
   size_t interned_ = 0;
+  Interned* lastInterned_ = nullptr;  // names come in runs: the items of an array
+  Memo memo_[kMemoSlots] = {};
 };
 
 }  // namespace easysoap_internal

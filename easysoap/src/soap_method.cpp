@@ -2,12 +2,30 @@
 
 #include "easysoap/src/message_store.h"
 
+using easysoap_internal::MessageStore;
+
+namespace {
+
+// The blocks a request's storage keeps for the thread's next request, at most.
+constexpr size_t kKeptRequestBytes = 4 * 1024 * 1024;
+
+// The storage of the thread's last request, rewound, for its next.
+thread_local std::unique_ptr<MessageStore> spareRequestStore;
+
+}  // namespace
+
 SOAPMethod::SOAPMethod(const char* name, const char* ns, const char* soapAction, bool /*flag*/)
-    : soapAction_(soapAction) {
+    : soapAction_(soapAction), store_(std::move(spareRequestStore)) {
+  if (store_ == nullptr) store_ = std::make_unique<MessageStore>();
   SetName(name, ns);
 }
 
-SOAPMethod::~SOAPMethod() = default;
+SOAPMethod::~SOAPMethod() {
+  // The tree goes first: its elements live in the storage.
+  ReleaseStored();
+  store_->Rewind(kKeptRequestBytes);
+  if (spareRequestStore == nullptr) spareRequestStore = std::move(store_);
+}
 
 void SOAPMethod::SetSoapElementName(const char* name, const char* ns) {
   soapElementName_.Set(name, ns);

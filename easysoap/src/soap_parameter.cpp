@@ -1,7 +1,63 @@
 #include "easysoap/soap_parameter.h"
 
+#include <vector>
+
+#include "easysoap/src/message_store.h"
 #include "support/values/soap_exception.h"
 #include "support/values/soap_text.h"
+
+using easysoap_internal::MessageStore;
+
+namespace {
+
+// An element made in a request's storage: its children, names and texts go there too.
+class StoredElement final : public SOAPParameter {
+ public:
+  explicit StoredElement(MessageStore& store) : store_(store) { GetValue().storedElement = true; }
+
+ protected:
+  MessageStore* ElementStore() const override { return &store_; }
+
+ private:
+  MessageStore& store_;
+};
+
+using Entry = SOAPParameter::Attributes::Entry;
+
+// A stored table has the eight buckets that the map gives its first eight entries, so that it is
+// walked in the very order of a map filled the same way; a ninth entry goes to a map of its own.
+constexpr uint32_t kStoredBuckets = 8;
+
+// A text kept once in the storage, with its hash; null stays null.
+struct KeptText {
+  const char* text = nullptr;
+  uint32_t hash = 0;
+};
+
+KeptText Keep(MessageStore& store, const char* text) {
+  if (text == nullptr) return {};
+  const MessageStore::Interned& interned = store.Intern(text);
+  return {interned.text, interned.textHash};
+}
+
+const char* KeptOrNull(MessageStore& store, const char* text) {
+  return text != nullptr ? store.Intern(text).text : nullptr;
+}
+
+// An entry in the storage whose strings refer to stored texts; it is never destroyed.
+Entry* NewStoredEntry(MessageStore& store, uint32_t hash, const char* keyName, const char* keyNs,
+                      const char* valueName, const char* valueNs) {
+  Entry* entry = store.New<Entry>();
+  entry->next = nullptr;
+  entry->hash = hash;
+  entry->key.GetName().Refer(keyName);
+  entry->key.GetNamespace().Refer(keyNs);
+  entry->value.GetName().Refer(valueName);
+  entry->value.GetNamespace().Refer(valueNs);
+  return entry;
+}
+
+}  // namespace
 
 SOAPParameter::SOAPParameter() : value_(&ownValue_) {}
 
@@ -47,15 +103,27 @@ void SOAPParameter::CopyFrom(const SOAPParameter& other) {
   }
 }
 
+bool SOAPParameter::HoldsOnlyStored() const {
+  return !name_.GetName().OwnsBuffer() && !name_.GetNamespace().OwnsBuffer() &&
+         !ownValue_.text.OwnsBuffer() && ownValue_.children.Capacity() == 0 &&
+         (ownValue_.storedAttributes || ownValue_.attributes.Count() == 0);
+}
+
 void SOAPParameter::DeleteOwnChildren() {
   for (SOAPParameter* child : ownValue_.children) {
-    if (child->ownValue_.storedElement) {
-      child->~SOAPParameter();  // its memory goes with the response's storage
-    } else {
+    if (!child->ownValue_.storedElement) {
       delete child;
+    } else if (!child->HoldsOnlyStored()) {
+      child->~SOAPParameter();  // its memory goes with the storage
     }
+    // A stored element that holds nothing of its own just goes with the storage.
   }
   ownValue_.children.Resize(0);
+}
+
+void SOAPParameter::ReleaseStored() {
+  DeleteOwnChildren();
+  ForgetStoredAttributes(ownValue_);
 }
 
 void SOAPParameter::ForgetStoredAttributes(Data& data) {
@@ -64,7 +132,15 @@ void SOAPParameter::ForgetStoredAttributes(Data& data) {
   data.storedAttributes = false;
 }
 
-void SOAPParameter::SetName(const char* name, const char* ns) { name_.Set(name, ns); }
+void SOAPParameter::SetName(const char* name, const char* ns) {
+  MessageStore* store = ElementStore();
+  if (store == nullptr) {
+    name_.Set(name, ns);
+    return;
+  }
+  name_.GetName().Refer(KeptOrNull(*store, name));
+  name_.GetNamespace().Refer(KeptOrNull(*store, ns));
+}
 
 void SOAPParameter::ReferName(const char* name, const char* ns) {
   name_.GetName().Refer(name);
@@ -72,15 +148,37 @@ void SOAPParameter::ReferName(const char* name, const char* ns) {
 }
 
 SOAPParameter& SOAPParameter::AddParameter(const char* name) {
-  auto* child = new SOAPParameter();
+  MessageStore* store = StoreOfOwnData();
+  SOAPParameter* child = nullptr;
+  if (store == nullptr) {
+    child = new SOAPParameter();
+    try {
+      child->SetName(name, nullptr);
+    } catch (...) {
+      delete child;
+      throw;
+    }
+  } else {
+    child = store->New<StoredElement>(*store);
+    child->name_.GetName().Refer(KeptOrNull(*store, name));
+  }
   try {
-    child->SetName(name, nullptr);
     value_->children.Add(child);
   } catch (...) {
-    delete child;
+    if (store == nullptr) {
+      delete child;
+    } else {
+      child->~SOAPParameter();
+    }
     throw;
   }
   return *child;
+}
+
+void SOAPParameter::ReserveParameters(uint32_t count) {
+  Children& children = value_->children;
+  if (count > UINT32_MAX - children.Size()) throw SOAPMemoryException();
+  children.Reserve(children.Size() + count);
 }
 
 const SOAPParameter* SOAPParameter::FindParameter(const char* name) const {
@@ -100,6 +198,15 @@ const SOAPParameter& SOAPParameter::GetParameter(const char* name) const {
   return *child;
 }
 
+void SOAPParameter::SetString(const char* text) {
+  MessageStore* store = StoreOfOwnData();
+  if (store == nullptr) {
+    value_->text.Assign(text);
+    return;
+  }
+  value_->text.Refer(text != nullptr ? store->Copy(text) : nullptr);
+}
+
 void SOAPParameter::ClearValue() {
   DeleteOwnChildren();
   value_ = &ownValue_;
@@ -108,12 +215,81 @@ void SOAPParameter::ClearValue() {
   ownValue_.isStruct = false;
 }
 
-SOAPQName& SOAPParameter::AddAttribute(const SOAPQName& key) {
-  if (value_->storedAttributes) {
-    // Entries in the response's storage can't grow: take them over first.
-    Attributes own(value_->attributes);
-    ForgetStoredAttributes(*value_);
-    value_->attributes = std::move(own);
+void SOAPParameter::TakeOverAttributes(Data& data) {
+  // Entries in a storage can't grow: copy them into a map of our own first. Added from the last
+  // to the first, they end up chained in the order they had.
+  std::vector<const Entry*> entries;
+  entries.reserve(data.attributes.Count());
+  for (auto it = data.attributes.Begin(); it != data.attributes.End(); ++it) {
+    entries.push_back(it.operator->());
   }
+  Attributes own;
+  for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
+    own.Add((*entry)->key) = (*entry)->value;
+  }
+  ForgetStoredAttributes(data);
+  data.attributes = std::move(own);
+}
+
+SOAPQName& SOAPParameter::AddAttribute(const SOAPQName& key) {
+  if (value_->storedAttributes) TakeOverAttributes(*value_);
   return value_->attributes.Add(key);
+}
+
+void SOAPParameter::SetAttribute(const SOAPQName& key, const char* text, const char* ns) {
+  MessageStore* store = StoreOfOwnData();
+  Data& data = ownValue_;
+  const uint32_t count = data.attributes.Count();
+  if (store == nullptr || (!data.storedAttributes && count != 0) || count >= kStoredBuckets) {
+    AddAttribute(key).Set(text, ns);
+    return;
+  }
+  const KeptText keyName = Keep(*store, key.GetName().Str());
+  const KeptText keyNs = Keep(*store, key.GetNamespace().Str());
+  const char* valueName = KeptOrNull(*store, text);
+  const char* valueNs = KeptOrNull(*store, ns);
+  const uint32_t hash = keyName.hash ^ keyNs.hash;
+  // Elements with this single attribute share one table.
+  const void* const sharedKey[4] = {keyName.text, keyNs.text, valueName, valueNs};
+  if (count == 0) {
+    if (void* shared = store->Recall(sharedKey)) {
+      data.attributes.Adopt(static_cast<Entry**>(shared), kStoredBuckets, 1);
+      data.storedAttributes = true;
+      return;
+    }
+  }
+  // Stored entries never change, and the table may be shared: a new table with the entries so
+  // far, each in its chain's place, the one of key with its new value.
+  auto** table = static_cast<Entry**>(store->Allocate(sizeof(Entry*) * kStoredBuckets));
+  Entry** last[kStoredBuckets];
+  for (uint32_t b = 0; b < kStoredBuckets; ++b) {
+    table[b] = nullptr;
+    last[b] = &table[b];
+  }
+  bool replaced = false;
+  uint32_t entries = 0;
+  auto append = [&](const Entry& from) {
+    const bool same = from.hash == hash && from.key == key;
+    replaced = replaced || same;
+    Entry* copy =
+        NewStoredEntry(*store, from.hash, from.key.GetName().Str(), from.key.GetNamespace().Str(),
+                       same ? valueName : from.value.GetName().Str(),
+                       same ? valueNs : from.value.GetNamespace().Str());
+    Entry**& tail = last[from.hash % kStoredBuckets];
+    *tail = copy;
+    tail = &copy->next;
+    ++entries;
+  };
+  for (auto it = data.attributes.Begin(); it != data.attributes.End(); ++it)
+    append(*it.operator->());
+  if (!replaced) {
+    Entry* added = NewStoredEntry(*store, hash, keyName.text, keyNs.text, valueName, valueNs);
+    added->next = table[hash % kStoredBuckets];
+    table[hash % kStoredBuckets] = added;
+    ++entries;
+  }
+  ForgetStoredAttributes(data);
+  data.attributes.Adopt(table, kStoredBuckets, entries);
+  data.storedAttributes = true;
+  if (entries == 1) store->Remember(sharedKey, table);
 }

@@ -44,6 +44,8 @@ class EASYSOAP_API SOAPString {
   // The text, or "" when there is none.
   const char* CStr() const { return buffer_ != nullptr ? buffer_ : ""; }
   bool IsNull() const { return buffer_ == nullptr; }
+  // Whether the string holds a buffer of its own, which its destruction frees.
+  bool OwnsBuffer() const { return buffer_ != nullptr && !referred_; }
   uint32_t Length() const;
   uint32_t Capacity() const { return capacity_; }
 

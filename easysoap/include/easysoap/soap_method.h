@@ -1,5 +1,7 @@
 // SOAPMethod: the method element of a request, with what the transport needs beside the tree:
-// the SOAP action and, for document style, the name of the body element.
+// the SOAP action and, for document style, the name of the body element. The elements added
+// under it, their names, texts and attributes live in the request's storage and go with the
+// method; the storage's blocks stay with the calling thread for its next request.
 //
 // Binding styles: 0 not stated and 2 rpc both write the method element in its namespace with the
 // SOAP encoding style; 1 document writes the element named by SetSoapElementName when there is
@@ -29,14 +31,14 @@ class EASYSOAP_API SOAPMethod : public SOAPParameter {
   // 0 not stated, 1 document, 2 rpc; assigned by the caller after construction.
   int32_t bindingStyle = 0;
 
+ protected:
+  easysoap_internal::MessageStore* ElementStore() const override { return store_.get(); }
+
  private:
   SOAPString soapAction_;
   SOAPQName soapElementName_;
+  std::unique_ptr<easysoap_internal::MessageStore> store_;  // the request's
 };
-
-namespace easysoap_internal {
-class MessageStore;
-}
 
 // SOAPResponse: a parsed response message. It owns the whole Body, so that multi-reference values
 // stay valid, and hands out the response's method element: the first element child of the Body.

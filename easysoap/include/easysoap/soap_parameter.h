@@ -7,17 +7,25 @@
 // lives as long as the message that holds both. A parameter owns its own children; copies are
 // deep and always carry their data as their own.
 //
-// A parsed element keeps its names, texts and attribute entries in the response's storage (its
-// strings refer to it, see SOAPString::Refer); every change through this interface copies what
-// it changes first, so parsed and built elements behave alike. Change attributes only through
-// AddAttribute.
+// The elements of a message keep their names, texts and attribute entries in the message's
+// storage: a parsed element in the response's, an element added under a SOAPMethod in the
+// request's (names and attribute texts kept once there, texts copied there). Their strings refer
+// to that storage (see SOAPString::Refer); a change through GetStringRef or AddAttribute copies
+// what it changes first, so that stored and free-standing elements behave alike. Change
+// attributes only through AddAttribute and SetAttribute.
 #pragma once
+
+#include <cstdint>
 
 #include "support/values/easysoap_api.h"
 #include "support/values/soap_grow_array.h"
 #include "support/values/soap_hash_map.h"
 #include "support/values/soap_qname.h"
 #include "support/values/soap_string.h"
+
+namespace easysoap_internal {
+class MessageStore;
+}
 
 class EASYSOAP_API SOAPParameter {
  public:
@@ -32,8 +40,8 @@ class EASYSOAP_API SOAPParameter {
                             // QName-valued attribute the namespace of the QName in `namespace`
     bool isNull = false;    // marked nil (xsi:nil="true")
     bool isStruct = false;  // the children are written as elements
-    // Set by the parser: the element whose own data this is, and the attribute entries, live in
-    // the response's storage and go with it, not one by one.
+    // The element whose own data this is, and the attribute entries, live in a message's
+    // storage and go with it, not one by one.
     bool storedElement = false;
     bool storedAttributes = false;
   };
@@ -50,6 +58,8 @@ class EASYSOAP_API SOAPParameter {
 
   // Appends a child named name (no namespace) and returns it; the child belongs to this element.
   SOAPParameter& AddParameter(const char* name = "");
+  // Makes room for count more children, for a caller that knows how many it is about to add.
+  void ReserveParameters(uint32_t count);
   // The first child whose local name is name; throws SOAPException naming the missing child.
   const SOAPParameter& GetParameter(const char* name) const;
   // The same without the throw: null when there is none.
@@ -58,7 +68,7 @@ class EASYSOAP_API SOAPParameter {
 
   // The character content; its text is null when none was stored or parsed.
   const SOAPString& GetString() const { return value_->text; }
-  void SetString(const char* text) { value_->text.Assign(text); }
+  void SetString(const char* text);
   // Direct access to the text of the data in force, for writers that assign it in place.
   SOAPString& GetStringRef() { return value_->text; }
 
@@ -71,6 +81,10 @@ class EASYSOAP_API SOAPParameter {
 
   // Adds the attribute (or finds it) and returns its value for the caller to fill.
   SOAPQName& AddAttribute(const SOAPQName& key);
+  // Adds the attribute (or finds it) with the text and, for a QName-valued attribute, the
+  // namespace of the QName: AddAttribute(key).Set(text, ns), without allocations of its own in a
+  // request's storage, where elements with the same single attribute share its entry.
+  void SetAttribute(const SOAPQName& key, const char* text, const char* ns);
   const Attributes& GetAttributes() const { return value_->attributes; }
 
   // The data in force, and the element's own data.
@@ -80,10 +94,25 @@ class EASYSOAP_API SOAPParameter {
   // Makes this element stand for another's data (multi-reference); null goes back to our own.
   void PointValueAt(Data* data) { value_ = data != nullptr ? data : &ownValue_; }
 
+ protected:
+  // The storage in which this element keeps its children, names, texts and attributes (a
+  // request's, see SOAPMethod); null when each is allocated on its own.
+  virtual easysoap_internal::MessageStore* ElementStore() const { return nullptr; }
+  // Destroys the children and lets go of stored attribute entries: for the owner of a storage,
+  // before the storage goes.
+  void ReleaseStored();
+
  private:
+  // The storage for changes of the element's own data; null for data of another element.
+  easysoap_internal::MessageStore* StoreOfOwnData() const {
+    return value_ == &ownValue_ ? ElementStore() : nullptr;
+  }
   void CopyFrom(const SOAPParameter& other);
   void DeleteOwnChildren();
+  // Whether nothing of the element needs its destruction: all of it lives in a storage.
+  bool HoldsOnlyStored() const;
   static void ForgetStoredAttributes(Data& data);
+  static void TakeOverAttributes(Data& data);
 
   SOAPQName name_;
   Data ownValue_;
