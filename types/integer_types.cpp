@@ -83,7 +83,8 @@ void IntegerToXmlText(XmlValueText& value, ConversionContext& context) {
   if (test.message != nullptr && (number < test.lowest || number > test.highest)) {
     throw SOAPException("%s", test.message);
   }
-  value.text = FormatDecimalInteger(number);
+  char digits[24];
+  value.text.assign(digits, FormatDecimalInteger(number, digits));
 }
 
 void IntegerFromXmlText(const XmlValueText& value, ConversionContext& context) {
@@ -149,10 +150,8 @@ int64_t DecimalText::ToInt64() const {
   return static_cast<int64_t>(negative != 0 ? 0 - magnitude : magnitude);
 }
 
-std::string FormatDecimalInteger(int64_t value) {
-  char digits[24];
-  const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, value);
-  return std::string(digits, end.ptr);
+char* FormatDecimalInteger(int64_t value, char (&digits)[24]) {
+  return std::to_chars(digits, digits + sizeof digits, value).ptr;
 }
 
 constinit const RowConversion kBooleanConversion{&BooleanToXmlText, &BooleanFromXmlText};

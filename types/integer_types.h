@@ -42,9 +42,9 @@ class DecimalText {
   int64_t ToInt64() const;
 };
 
-// Decimal text of value: a minus sign for a negative value, then at least one digit, without
-// leading zeros.
-std::string FormatDecimalInteger(int64_t value);
+// Writes the decimal text of value into digits: a minus sign for a negative value, then at least
+// one digit, without leading zeros. Returns the end of the text (no terminator is written).
+char* FormatDecimalInteger(int64_t value, char (&digits)[24]);
 
 // What an integer row's ToXmlText refuses: a value below lowest or above highest, as read at the
 // row's width and signedness.

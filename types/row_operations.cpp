@@ -77,14 +77,15 @@ void EncodedArrayOut(ConversionContext& context) {
   XmlValueArray array(context.elementName.c_str(), context.elementNamespace.c_str());
   // Every item is converted before the parameter is touched, so a failure leaves it as it was.
   const OutgoingArrayItems items(context.session, context.record, kBoundedArray);
-  if (items.Length() > 0) array.items.Reserve(static_cast<uint32_t>(items.Length()));
+  // A fresh value for each item to convert into.
+  array.items.Resize(items.Length() > 0 ? static_cast<uint32_t>(items.Length()) : 0);
   // One item context for all items: only its record changes.
   HostValueRecord item{};
   ConversionContext itemContext = context.ForItem(context.parameter, item);
   const ToXmlTextFn toXmlText = context.row->conversion->toXmlText;
-  for (int32_t index = 1; index <= items.Length(); ++index) {
-    item = ReadItem(context, items.Array(), index);
-    toXmlText(array.items.Add(XmlValueText{}), itemContext);
+  for (uint32_t slot = 0; slot < array.items.Size(); ++slot) {
+    item = ReadItem(context, items.Array(), static_cast<int32_t>(slot) + 1);
+    toXmlText(array.items[slot], itemContext);
   }
   // The item type with the count, "boolean[3]", in the type's namespace: a qualified name.
   WriteEncodedArrayHead(context.parameter, context.row->name, GetTypeNamespace(),

@@ -12,13 +12,10 @@ namespace easysoap_internal {
 
 namespace {
 
-constexpr size_t kAlignment = alignof(void*);  // enough for every object of the tree
 constexpr size_t kFirstBlock = 16 * 1024;
 constexpr size_t kLargestBlock = 1024 * 1024;
 // A table of kept texts up to this many slots stays for the next message; a larger one goes.
 constexpr size_t kKeptTableSlots = 1024;
-
-size_t Aligned(size_t bytes) { return (bytes + kAlignment - 1) & ~(kAlignment - 1); }
 
 // The size of the block at position index of the chain: each twice the one before, up to the
 // largest.
@@ -72,32 +69,26 @@ char* MessageStore::TakeBlock(size_t size) {
   return block;
 }
 
-void* MessageStore::Allocate(size_t bytes) {
-  bytes = Aligned(bytes == 0 ? 1 : bytes);
-  if (bytes > left_) {
-    const size_t chainSize =
-        inUse_ < blocks_.size() ? blocks_[inUse_].size : ChainBlockSize(blocks_.size());
-    // A request larger than a quarter block gets a block of its own; the current one stays.
-    if (bytes > chainSize / 4) {
-      alone_.reserve(alone_.size() + 1);
-      char* block = TakeBlock(bytes);
-      alone_.push_back(block);
-      footprint_ += bytes;
-      return block;
-    }
-    if (inUse_ == blocks_.size()) {
-      blocks_.reserve(blocks_.size() + 1);
-      blocks_.push_back({TakeBlock(chainSize), chainSize});
-    }
-    const Block& block = blocks_[inUse_++];
-    footprint_ += block.size;
-    next_ = block.data;
-    left_ = block.size;
+void* MessageStore::AllocateInNewBlock(size_t bytes) {
+  const size_t chainSize =
+      inUse_ < blocks_.size() ? blocks_[inUse_].size : ChainBlockSize(blocks_.size());
+  // A request larger than a quarter block gets a block of its own; the current one stays.
+  if (bytes > chainSize / 4) {
+    alone_.reserve(alone_.size() + 1);
+    char* block = TakeBlock(bytes);
+    alone_.push_back(block);
+    footprint_ += bytes;
+    return block;
   }
-  char* result = next_;
-  next_ += bytes;
-  left_ -= bytes;
-  return result;
+  if (inUse_ == blocks_.size()) {
+    blocks_.reserve(blocks_.size() + 1);
+    blocks_.push_back({TakeBlock(chainSize), chainSize});
+  }
+  const Block& block = blocks_[inUse_++];
+  footprint_ += block.size;
+  next_ = block.data + bytes;
+  left_ = block.size - bytes;
+  return block.data;
 }
 
 const char* MessageStore::Copy(std::string_view text) {
@@ -125,10 +116,6 @@ MessageStore::Interned* MessageStore::FindInterned(std::string_view text) const 
 }
 
 MessageStore::Interned& MessageStore::Intern(std::string_view text) {
-  if (lastInterned_ != nullptr && lastInterned_->length == text.size() &&
-      std::memcmp(lastInterned_->text, text.data(), text.size()) == 0) {
-    return *lastInterned_;
-  }
   if (2 * (interned_ + 1) > table_.size()) GrowTable();
   auto tableHash = static_cast<uint32_t>(std::hash<std::string_view>()(text));
   Interned** slot = Slot(text, tableHash);

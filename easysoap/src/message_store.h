@@ -33,7 +33,14 @@ class MessageStore {
   MessageStore& operator=(const MessageStore&) = delete;
 
   // bytes of storage aligned for any object of the tree; throws SOAPMemoryException.
-  void* Allocate(size_t bytes);
+  void* Allocate(size_t bytes) {
+    bytes = bytes == 0 ? kAlignment : (bytes + kAlignment - 1) & ~(kAlignment - 1);
+    if (bytes > left_) return AllocateInNewBlock(bytes);
+    char* result = next_;
+    next_ += bytes;
+    left_ -= bytes;
+    return result;
+  }
   template <typename T, typename... Args>
   T* New(Args&&... args) {
     return new (Allocate(sizeof(T))) T(std::forward<Args>(args)...);
@@ -42,6 +49,17 @@ class MessageStore {
   const char* Copy(std::string_view text);
   // The one copy of text, made on its first use.
   Interned& Intern(std::string_view text);
+  // The same for a NUL-terminated text, which is often the one kept last (the names of an
+  // array's items).
+  Interned& Intern(const char* text) {
+    if (lastInterned_ != nullptr) {
+      const char* kept = lastInterned_->text;
+      size_t i = 0;
+      while (kept[i] == text[i] && text[i] != '\0') ++i;
+      if (kept[i] == text[i]) return *lastInterned_;
+    }
+    return Intern(std::string_view(text));
+  }
   // The copy of text when there is one, else null.
   Interned* FindInterned(std::string_view text) const;
 
@@ -71,9 +89,11 @@ class MessageStore {
     void* value;
   };
   static constexpr size_t kMemoSlots = 16;
+  static constexpr size_t kAlignment = alignof(void*);  // enough for every object of the tree
 
   Interned** Slot(std::string_view text, uint32_t tableHash) const;
   void GrowTable();
+  void* AllocateInNewBlock(size_t bytes);
   char* TakeBlock(size_t size);
   static size_t MemoSlot(const void* const key[4]);
 

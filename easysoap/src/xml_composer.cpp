@@ -1,8 +1,9 @@
 #include "easysoap/xml_composer.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstring>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "easysoap/src/soap_namespaces.h"
@@ -12,6 +13,7 @@
 using easysoap_internal::AppendEscaped;
 using easysoap_internal::EscapeContext;
 using easysoap_internal::EscapeError;
+using easysoap_internal::PlainLength;
 namespace ns = easysoap_internal::namespaces;
 
 namespace {
@@ -19,6 +21,69 @@ namespace {
 std::atomic<bool> addWhiteSpace{false};
 
 std::string_view View(const SOAPString& text) { return std::string_view(text.CStr()); }
+
+// The request's text, gathered in a chunk of its own and appended to the caller's buffer a chunk
+// at a time: pieces are copied in without a call each, and a chunk stays below the size from
+// which the C library copies byte by byte.
+class Output {
+ public:
+  explicit Output(std::string& out) : out_(out) {}
+  // What was written stays, also when a failure ends the request.
+  ~Output() { Flush(); }
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  void Append(char c) {
+    if (used_ == kChunk) Flush();
+    chunk_[used_++] = c;
+  }
+  [[gnu::always_inline]] void Append(std::string_view text) {
+    if (text.size() > kChunk - used_) {
+      Flush();
+      if (text.size() > kChunk) {
+        out_.append(text);
+        return;
+      }
+    }
+    Copy(chunk_ + used_, text.data(), text.size());
+    used_ += text.size();
+  }
+  void AppendSpaces(size_t count) {
+    static constexpr std::string_view kSpaces = "                                ";
+    for (; count > kSpaces.size(); count -= kSpaces.size()) Append(kSpaces);
+    Append(kSpaces.substr(0, count));
+  }
+  void Flush() {
+    out_.append(chunk_, used_);
+    used_ = 0;
+  }
+
+ private:
+  static constexpr size_t kChunk = 4000;
+
+  // Most pieces are a few bytes long: two overlapping words copy them without a call.
+  static void Copy(char* to, const char* from, size_t size) {
+    if (size >= 8) {
+      if (size > 16) {
+        std::memcpy(to, from, size);
+        return;
+      }
+      std::memcpy(to, from, 8);
+      std::memcpy(to + size - 8, from + size - 8, 8);
+    } else if (size >= 4) {
+      std::memcpy(to, from, 4);
+      std::memcpy(to + size - 4, from + size - 4, 4);
+    } else if (size != 0) {
+      to[0] = from[0];
+      to[size / 2] = from[size / 2];
+      to[size - 1] = from[size - 1];
+    }
+  }
+
+  std::string& out_;
+  size_t used_ = 0;
+  char chunk_[kChunk];
+};
 
 // The prefixes of one message. The four of the SOAP encoding are always declared under their
 // usual names; every other namespace the message uses gets "ns1", "ns2", ... in order of first
@@ -35,64 +100,96 @@ class NamespacePrefixes {
 
   void Use(const SOAPString& uri) {
     std::string_view text = View(uri);
-    if (text.empty() || Find(text) != nullptr) return;
+    if (text.empty() || Find(text) != kNone) return;
     Add(text, "ns" + std::to_string(++generated_));
   }
 
-  // The prefix of a namespace that Use has seen; empty for no namespace.
-  std::string_view PrefixOf(std::string_view uri) const {
-    const std::string* prefix = uri.empty() ? nullptr : Find(uri);
-    return prefix != nullptr ? std::string_view(*prefix) : std::string_view();
+  // The prefix of a namespace that Use has seen; empty for no namespace. The tree doesn't change
+  // while it is written, so the texts of its elements are told apart by their addresses: the
+  // few namespaces of a request repeat from element to element.
+  std::string_view PrefixOf(const SOAPString& uri) {
+    const char* text = uri.Str();
+    if (text == nullptr || *text == '\0') return {};
+    for (const Recent& recent : recent_) {
+      if (recent.uri == text) return Prefix(recent.entry);
+    }
+    const size_t entry = Find(text);
+    recent_[nextRecent_++ % kRecent] = {text, entry};
+    return Prefix(entry);
   }
 
-  void WriteDeclarations(std::string& out) const {
-    for (const auto& [uri, prefix] : entries_) {
-      out.append(" xmlns:").append(prefix).append("=\"");
-      EscapeError error = AppendEscaped(out, uri.data(), uri.size(), EscapeContext::kAttribute);
+  void WriteDeclarations(Output& out, std::string& scratch) const {
+    for (const Entry& entry : entries_) {
+      out.Append(" xmlns:");
+      out.Append(entry.prefix);
+      out.Append("=\"");
+      scratch.clear();
+      EscapeError error =
+          AppendEscaped(scratch, entry.uri.data(), entry.uri.size(), EscapeContext::kAttribute);
       if (error.reason != nullptr) {
-        throw SOAPException("Can't write the namespace name '%.200s': %s", std::string(uri).c_str(),
-                            error.reason);
+        throw SOAPException("Can't write the namespace name '%.200s': %s",
+                            std::string(entry.uri).c_str(), error.reason);
       }
-      out.push_back('"');
+      out.Append(scratch);
+      out.Append("\"");
     }
   }
 
  private:
+  static constexpr size_t kNone = SIZE_MAX;
+  static constexpr size_t kRecent = 4;
+  struct Entry {
+    std::string_view uri;
+    std::string prefix;
+  };
+  struct Recent {
+    const char* uri = nullptr;
+    size_t entry = kNone;
+  };
+
   void Add(std::string_view uri, std::string prefix) {
-    entries_.emplace_back(uri, std::move(prefix));
+    entries_.push_back({uri, std::move(prefix)});
   }
 
   // A message uses a handful of namespaces: a scan of them costs less than hashing the name, and
   // the table needs no allocation of its own beyond the list.
-  const std::string* Find(std::string_view uri) const {
-    for (const auto& [known, prefix] : entries_) {
-      if (known == uri) return &prefix;
+  size_t Find(std::string_view uri) const {
+    for (size_t i = 0; i < entries_.size(); ++i) {
+      if (entries_[i].uri == uri) return i;
     }
-    return nullptr;
+    return kNone;
+  }
+  std::string_view Prefix(size_t entry) const {
+    return entry != kNone ? std::string_view(entries_[entry].prefix) : std::string_view();
   }
 
-  std::vector<std::pair<std::string_view, std::string>> entries_;
+  std::vector<Entry> entries_;
   unsigned generated_ = 0;
+  Recent recent_[kRecent];
+  unsigned nextRecent_ = 0;
 };
 
-// A name XML accepts as the local part of an element or attribute. Bytes above 0x7F are taken as
-// name characters: the text is checked as UTF-8 when it is written, and the names of a service
-// description are ASCII in practice.
-bool IsXmlName(std::string_view name) {
-  if (name.empty()) return false;
+// The length of a name XML accepts as the local part of an element or attribute; 0 for a text
+// that isn't one. Bytes above 0x7F are taken as name characters: the text is checked as UTF-8
+// when it is written, and the names of a service description are ASCII in practice.
+size_t XmlNameLength(const char* name) {
   auto isStart = [](unsigned char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c >= 0x80;
   };
-  if (!isStart(static_cast<unsigned char>(name[0]))) return false;
-  for (unsigned char c : name) {
-    if (!isStart(c) && !(c >= '0' && c <= '9') && c != '-' && c != '.') return false;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(name);
+  if (!isStart(bytes[0])) return 0;
+  size_t length = 1;
+  for (unsigned char c = bytes[length];
+       isStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.'; c = bytes[++length]) {
   }
-  return true;
+  return bytes[length] == '\0' ? length : 0;
 }
 
 bool IsNilAttribute(const SOAPQName& key) {
-  return View(key.GetName()) == "nil" && (View(key.GetNamespace()) == ns::kSchemaInstance ||
-                                          View(key.GetNamespace()) == ns::kSchemaInstance1999);
+  const char* name = key.GetName().CStr();
+  if (name[0] != 'n' || std::strcmp(name, "nil") != 0) return false;
+  std::string_view uri = View(key.GetNamespace());
+  return uri == ns::kSchemaInstance || uri == ns::kSchemaInstance1999;
 }
 
 // Writes one request. Elements are walked with an explicit stack, so that the depth of a nested
@@ -106,27 +203,36 @@ class RequestWriter {
     SOAPQName bodyName = BodyElementName(method);
     CollectNamespaces(method, bodyName);
 
-    out_.append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>");
+    out_.Append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>");
     NewLine();
-    out_.append("<SOAP-ENV:Envelope");
-    prefixes_.WriteDeclarations(out_);
-    out_.push_back('>');
+    out_.Append("<SOAP-ENV:Envelope");
+    prefixes_.WriteDeclarations(out_, scratch_);
+    out_.Append('>');
     NewLine();
     Indent(1);
-    out_.append("<SOAP-ENV:Body>");
+    out_.Append("<SOAP-ENV:Body>");
     NewLine();
     WriteTree(method, bodyName);
     Indent(1);
-    out_.append("</SOAP-ENV:Body>");
+    out_.Append("</SOAP-ENV:Body>");
     NewLine();
-    out_.append("</SOAP-ENV:Envelope>");
+    out_.Append("</SOAP-ENV:Envelope>");
     NewLine();
+    out_.Flush();
   }
 
  private:
+  // An element whose children are being written, with its tag as it was opened.
   struct Frame {
     const SOAPParameter* element;
     uint32_t nextChild;
+    std::string_view prefix;
+    std::string_view name;
+  };
+  // A name as it is written: its prefix (empty for none) and its checked local name.
+  struct Tag {
+    std::string_view prefix;
+    std::string_view name;
   };
 
   SOAPQName BodyElementName(const SOAPMethod& method) const {
@@ -138,84 +244,103 @@ class RequestWriter {
                                                        : method.GetName().GetNamespace().CStr());
   }
 
+  // The namespaces are numbered in the order of this walk: the body element, then each element
+  // before its descendants, the children of an element from the last to the first.
   void CollectNamespaces(const SOAPMethod& method, const SOAPQName& bodyName) {
     prefixes_.Use(bodyName.GetNamespace());
-    std::vector<const SOAPParameter*> pending{&method};
+    UseNamespaces(method, false);
+    std::vector<std::pair<const SOAPParameter*, uint32_t>> pending{
+        {&method, method.GetParams().Size()}};
     while (!pending.empty()) {
-      const SOAPParameter* element = pending.back();
-      pending.pop_back();
-      if (document_ && element != &method) prefixes_.Use(element->GetName().GetNamespace());
-      const auto& attributes = element->GetAttributes();
-      for (auto it = attributes.Begin(); it != attributes.End(); ++it) {
-        prefixes_.Use(it.Key().GetNamespace());
-        prefixes_.Use(it.Value().GetNamespace());
+      auto& [element, left] = pending.back();
+      if (left == 0) {
+        pending.pop_back();
+        continue;
       }
-      for (const SOAPParameter* child : element->GetParams()) pending.push_back(child);
+      const SOAPParameter* child = element->GetParams()[--left];
+      UseNamespaces(*child, document_);
+      if (!child->GetParams().IsEmpty()) pending.emplace_back(child, child->GetParams().Size());
+    }
+  }
+  void UseNamespaces(const SOAPParameter& element, bool qualified) {
+    if (qualified) prefixes_.Use(element.GetName().GetNamespace());
+    const auto& attributes = element.GetAttributes();
+    if (attributes.Count() == 0) return;
+    for (auto it = attributes.Begin(); it != attributes.End(); ++it) {
+      prefixes_.Use(it.Key().GetNamespace());
+      prefixes_.Use(it.Value().GetNamespace());
     }
   }
 
   void WriteTree(const SOAPMethod& method, const SOAPQName& bodyName) {
     std::vector<Frame> open;
-    if (OpenElement(method, bodyName, 2, true)) open.push_back({&method, 0});
+    Tag tag;
+    if (OpenElement(method, bodyName, 2, true, tag)) {
+      open.push_back({&method, 0, tag.prefix, tag.name});
+    }
     while (!open.empty()) {
       Frame& frame = open.back();
       const auto& children = frame.element->GetParams();
       if (frame.nextChild < children.Size()) {
         const SOAPParameter* child = children[frame.nextChild++];
-        if (OpenElement(*child, child->GetName(), open.size() + 2, false)) {
-          open.push_back({child, 0});
+        if (OpenElement(*child, child->GetName(), open.size() + 2, false, tag)) {
+          open.push_back({child, 0, tag.prefix, tag.name});
         }
         continue;
       }
-      const SOAPParameter* element = frame.element;
+      const Tag closing{frame.prefix, frame.name};
       open.pop_back();
       Indent(open.size() + 2);
-      CloseTag(element == &method ? bodyName : element->GetName(), element == &method);
+      CloseTag(closing);
       NewLine();
     }
   }
 
   // Writes the start of an element and, when it has no children, all of it. True when children
-  // follow and the element must be closed after them.
-  bool OpenElement(const SOAPParameter& element, const SOAPQName& name, size_t depth, bool isBody) {
+  // follow and the element must be closed after them, with tag.
+  bool OpenElement(const SOAPParameter& element, const SOAPQName& name, size_t depth, bool isBody,
+                   Tag& tag) {
+    tag = TagOf(name, isBody || document_);
     Indent(depth);
-    out_.push_back('<');
-    AppendName(name, isBody || document_);
-    WriteAttributes(element);
+    out_.Append('<');
+    PutTag(tag);
+    if (element.GetAttributes().Count() != 0) WriteAttributes(element);
     if (isBody && !document_) {
-      out_.append(" SOAP-ENV:encodingStyle=\"").append(ns::kEncoding).push_back('"');
+      out_.Append(" SOAP-ENV:encodingStyle=\"");
+      out_.Append(ns::kEncoding);
+      out_.Append("\"");
     }
     if (element.IsNull()) {
-      out_.append(" xsi:nil=\"true\"/>");
+      out_.Append(" xsi:nil=\"true\"/>");
       NewLine();
       return false;
     }
     const SOAPString& text = element.GetString();
+    const bool hasText = text.CStr()[0] != '\0';
     if (element.GetParams().IsEmpty()) {
-      if (text.Length() == 0) {
-        out_.append("/>");
+      if (!hasText) {
+        out_.Append("/>");
       } else {
-        out_.push_back('>');
-        AppendText(text, name, EscapeContext::kText);
-        CloseTag(name, isBody);
+        out_.Append('>');
+        PutText(text.CStr(), name, EscapeContext::kText);
+        CloseTag(tag);
       }
       NewLine();
       return false;
     }
-    out_.push_back('>');
-    if (text.Length() != 0) {
-      AppendText(text, name, EscapeContext::kText);
+    out_.Append('>');
+    if (hasText) {
+      PutText(text.CStr(), name, EscapeContext::kText);
     } else {
       NewLine();
     }
     return true;
   }
 
-  // The name was checked when the element was opened.
-  void CloseTag(const SOAPQName& name, bool isBody) {
-    out_.append("</");
-    AppendCheckedName(name, isBody || document_);
-    out_.push_back('>');
+  void CloseTag(const Tag& tag) {
+    out_.Append("</");
+    PutTag(tag);
+    out_.Append('>');
   }
 
   void WriteAttributes(const SOAPParameter& element) {
@@ -225,62 +350,92 @@ class RequestWriter {
       // Nil is written from the element's mark alone, so that a copied element never carries it
       // twice or contradicts its mark.
       if (IsNilAttribute(key)) continue;
-      out_.push_back(' ');
-      AppendName(key, true);
-      out_.append("=\"");
+      const Tag tag = TagOf(key, true);
       const SOAPQName& value = it.Value();
-      std::string_view prefix = prefixes_.PrefixOf(View(value.GetNamespace()));
-      std::string_view text = View(value.GetName());
+      std::string_view prefix = prefixes_.PrefixOf(value.GetNamespace());
+      const char* text = value.GetName().CStr();
       if (!prefix.empty()) {
-        out_.append(prefix).push_back(':');
         // A value read from an answer keeps the prefix it had there ("xsd:int[3]"); only ours
         // is declared here.
-        size_t colon = text.find(':');
-        if (colon != std::string_view::npos && colon < text.find('['))
-          text.remove_prefix(colon + 1);
+        std::string_view view(text);
+        size_t colon = view.find(':');
+        if (colon != std::string_view::npos && colon < view.find('[')) text += colon + 1;
       }
-      AppendText(text, key, EscapeContext::kAttribute);
-      out_.push_back('"');
+      out_.Append(' ');
+      PutTag(tag);
+      out_.Append("=\"");
+      if (!prefix.empty()) {
+        out_.Append(prefix);
+        out_.Append(':');
+      }
+      PutText(text, key, EscapeContext::kAttribute);
+      out_.Append('"');
     }
   }
 
-  void AppendName(const SOAPQName& name, bool qualified) {
-    std::string_view local = View(name.GetName());
-    if (!IsXmlName(local)) {
+  // The tag of an element or attribute name: its local part, checked, and its prefix when it is
+  // written qualified.
+  Tag TagOf(const SOAPQName& name, bool qualified) {
+    return {qualified ? prefixes_.PrefixOf(name.GetNamespace()) : std::string_view(),
+            CheckedName(name.GetName())};
+  }
+  // The names of a request repeat from element to element; those checked last are known by
+  // their addresses while the tree is written.
+  std::string_view CheckedName(const SOAPString& name) {
+    const char* text = name.CStr();
+    for (const std::string_view& checked : checkedNames_) {
+      if (checked.data() == text) return checked;
+    }
+    const size_t length = XmlNameLength(text);
+    if (length == 0) {
       throw SOAPException(
-          "Can't write the element or attribute name '%.200s': it isn't an XML name",
-          name.GetName().CStr());
+          "Can't write the element or attribute name '%.200s': it isn't an XML name", text);
     }
-    AppendCheckedName(name, qualified);
+    std::string_view& slot = checkedNames_[nextCheckedName_++ % kCheckedNames];
+    slot = std::string_view(text, length);
+    return slot;
   }
-  void AppendCheckedName(const SOAPQName& name, bool qualified) {
-    std::string_view prefix = qualified ? prefixes_.PrefixOf(View(name.GetNamespace())) : "";
-    if (!prefix.empty()) out_.append(prefix).push_back(':');
-    out_.append(View(name.GetName()));
+  void PutTag(const Tag& tag) {
+    if (!tag.prefix.empty()) {
+      out_.Append(tag.prefix);
+      out_.Append(':');
+    }
+    out_.Append(tag.name);
   }
 
-  void AppendText(const SOAPString& text, const SOAPQName& owner, EscapeContext context) {
-    AppendText(View(text), owner, context);
-  }
-  void AppendText(std::string_view text, const SOAPQName& owner, EscapeContext context) {
-    EscapeError error = AppendEscaped(out_, text.data(), text.size(), context);
+  // Text that needs no escape, the usual case, is copied as it is; any other is escaped aside.
+  void PutText(const char* text, const SOAPQName& owner, EscapeContext context) {
+    const size_t plain = PlainLength(text, context);
+    if (text[plain] == '\0') {
+      out_.Append(std::string_view(text, plain));
+      return;
+    }
+    scratch_.clear();
+    EscapeError error = AppendEscaped(scratch_, text, plain + std::strlen(text + plain), context);
     if (error.reason != nullptr) {
+      out_.Append(scratch_);  // what could be written, as far as the failing byte
       throw SOAPException("Can't write the text of '%.200s': byte %zu is %s",
                           owner.GetName().CStr(), error.offset, error.reason);
     }
+    out_.Append(scratch_);
   }
 
-  void NewLine() {
-    if (whiteSpace_) out_.push_back('\n');
-  }
   void Indent(size_t depth) {
-    if (whiteSpace_) out_.append(2 * depth, ' ');
+    if (whiteSpace_) out_.AppendSpaces(2 * depth);
+  }
+  void NewLine() {
+    if (whiteSpace_) out_.Append('\n');
   }
 
-  std::string& out_;
+  static constexpr size_t kCheckedNames = 4;
+
+  Output out_;
   bool document_;
   bool whiteSpace_;
   NamespacePrefixes prefixes_;
+  std::string scratch_;  // escaped text on its way into the request
+  std::string_view checkedNames_[kCheckedNames];
+  unsigned nextCheckedName_ = 0;
 };
 
 }  // namespace

@@ -24,6 +24,23 @@ constexpr auto kByteClasses = [] {
   return table;
 }();
 
+// Per context, the bytes that are copied as they are: no escape, no check.
+constexpr auto kPlainBytes = [] {
+  struct Table {
+    bool value[2][256];
+  } table{};
+  for (int context = 0; context < 2; ++context) {
+    for (int c = 0x20; c < 0x80; ++c) table.value[context][c] = true;
+    for (unsigned char c : {'&', '<', '>'}) table.value[context][c] = false;
+  }
+  // Quotes, tabs and line feeds are escaped in attribute values only.
+  for (unsigned char c : {'"', '\t', '\n'}) {
+    table.value[static_cast<int>(EscapeContext::kText)][c] = true;
+    table.value[static_cast<int>(EscapeContext::kAttribute)][c] = false;
+  }
+  return table;
+}();
+
 // Length of the valid UTF-8 sequence at text[0], or 0 when it isn't one or stands for a character
 // that XML excludes (surrogates, U+FFFE, U+FFFF).
 size_t Utf8SequenceLength(const unsigned char* text, size_t available) {
@@ -73,6 +90,14 @@ const char* EscapeOf(unsigned char c, EscapeContext context) {
 }
 
 }  // namespace
+
+size_t PlainLength(const char* text, EscapeContext context) {
+  const bool* plain = kPlainBytes.value[static_cast<int>(context)];
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text);
+  size_t length = 0;
+  while (plain[bytes[length]]) ++length;
+  return length;
+}
 
 EscapeError AppendEscaped(std::string& out, const char* text, size_t length,
                           EscapeContext context) {

@@ -21,6 +21,10 @@ struct EscapeError {
   const char* reason = nullptr;  // static text; null when the text was fine
 };
 
+// The length of the start of the NUL-terminated text that is written as it is in context: it
+// ends at the terminator or at the first byte that needs an escape or a closer look.
+size_t PlainLength(const char* text, EscapeContext context);
+
 // Appends the escaped form of text[0, length) to out. On a byte XML can't carry it stops, leaves
 // what it appended so far, and reports the place; the caller decides how to tell the user.
 EscapeError AppendEscaped(std::string& out, const char* text, size_t length, EscapeContext context);

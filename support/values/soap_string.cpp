@@ -111,7 +111,7 @@ SOAPString& SOAPString::Append(const char* text, uint32_t n) {
 }
 
 void SOAPString::Clear() {
-  if (!referred_) easysoap_free(buffer_);
+  if (!referred_ && buffer_ != nullptr) easysoap_free(buffer_);
   buffer_ = nullptr;
   referred_ = false;
 }
