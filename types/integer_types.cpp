@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <cstdint>
+#include <optional>
+#include <string>
 
 #include "support/values/soap_exception.h"
 
@@ -87,10 +89,35 @@ void IntegerToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text.assign(digits, FormatDecimalInteger(number, digits));
 }
 
+// The usual text of an integer: an optional minus and one to 18 digits, nothing else. Its value is
+// exact in 64 bits and compares with the bounds as a number. Any other text, and "-0" (which the
+// scanner orders below 0), goes to the scanner.
+std::optional<int64_t> PlainInteger(const std::string& text) {
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  const bool negative = at != end && *at == '-';
+  if (negative) ++at;
+  if (at == end || end - at > 18) return std::nullopt;
+  int64_t number = 0;
+  for (; at != end; ++at) {
+    const auto digit = static_cast<unsigned char>(*at - '0');
+    if (digit > 9) return std::nullopt;
+    number = number * 10 + digit;
+  }
+  if (!negative) return number;
+  if (number == 0) return std::nullopt;
+  return -number;
+}
+
 void IntegerFromXmlText(const XmlValueText& value, ConversionContext& context) {
   HostValueRecord& record = context.record;
   const IntegerRowConversion& row = IntegerRowOf(context);
   if (CopyNullIn(value, record, row.kind)) return;
+  if (const std::optional<int64_t> plain = PlainInteger(value.text)) {
+    if (*plain < row.lowest || *plain > row.highest) throw SOAPException("%s", row.inMessage);
+    StoreAtWidth(record.value, row.width, *plain);
+    return;
+  }
   const DecimalText number(value.text.c_str());
   // The bounds come first: "300.5" under byte reports the range, "1.5" reports the fraction.
   if (number.IsLessThan(row.lower) || number.IsGreaterThan(row.upper)) {
@@ -167,6 +194,8 @@ constexpr IntegerRowConversion IntegerRow(HostValueKind kind, uint8_t width, boo
                               isSigned,
                               DecimalText(lower),
                               DecimalText(upper),
+                              BoundValue(lower),
+                              BoundValue(upper),
                               inMessage,
                               outTest};
 }

@@ -61,6 +61,8 @@ struct IntegerRowConversion : RowConversion {
   bool isSigned;
   DecimalText lower;  // bounds of the text coming in
   DecimalText upper;
+  int64_t lowest;  // the same bounds as numbers
+  int64_t highest;
   const char* inMessage;  // when the text lies outside the bounds
   IntegerOutTest outTest;
 };
@@ -79,6 +81,16 @@ extern const IntegerRowConversion kNonNegativeIntegerConversion;
 extern const IntegerRowConversion kNegativeIntegerConversion;
 extern const IntegerRowConversion kNonPositiveIntegerConversion;
 extern const IntegerRowConversion kPositiveIntegerConversion;
+
+// The value of a bound's text: an optional minus and digits that fit in 64 bits.
+constexpr int64_t BoundValue(const char* text) {
+  const bool negative = *text == '-';
+  uint64_t magnitude = 0;
+  for (const char* at = negative ? text + 1 : text; *at != '\0'; ++at) {
+    magnitude = magnitude * 10 + static_cast<uint64_t>(*at - '0');
+  }
+  return static_cast<int64_t>(negative ? 0 - magnitude : magnitude);
+}
 
 // ---------------------------------------------------------------------------------------------
 // The scanner is constexpr so that the bound constants are built by the compiler.

@@ -136,6 +136,14 @@ TEST(RowConversions, ReadWireTexts) {
       {"unsignedShort", "65535", "65535"},
       {"unsignedShort", "65536", "Value exceeds XML unsignedShort"},
       {"unsignedShort", "-1", "Value exceeds XML unsignedShort"},
+      // Plain digits are read as a number, up to 18 of them; the scanner takes the rest.
+      {"int", "-2147483649", "Value exceeds XML int"},
+      {"unsignedInt", "4294967295", "4294967295"},
+      {"long", "-999999999999999999", "-999999999999999999"},
+      {"long", "-0000000000000000001", "-1"},
+      {"unsignedByte", "-00", "Value exceeds XML unsignedByte"},
+      {"int", "-", "Invalid number format: -"},
+      {"int", "", "Invalid number format: "},
   };
   // In an environment whose locale is "C" and in one with a decimal comma, which the conversions
   // neither follow nor change.
