@@ -1,0 +1,111 @@
+// The request's element tree in the request's storage: stored elements write what elements with
+// data of their own write, elements share an attribute table until one of them changes it, and
+// copies keep their data after the method and its storage have gone to the next request.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "easysoap/library_test_support.h"
+#include "easysoap/xml_composer.h"
+
+namespace tssoap::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+using Attribute = std::tuple<const char*, const char*, const char*, const char*>;
+
+// The method "m" with one child "c" holding the text and the attributes (key name, key namespace,
+// text, namespace of the text), set through the storage (SetAttribute, SetString) or as data of
+// the element's own (AddAttribute, the text assigned in place).
+std::string Composed(const std::vector<Attribute>& attributes, bool stored) {
+  SOAPMethod method("m", kSampleNamespace, nullptr, false);
+  SOAPParameter& child = method.AddParameter("c");
+  for (const auto& [name, ns, text, textNs] : attributes) {
+    if (stored) {
+      child.SetAttribute(SOAPQName(name, ns), text, textNs);
+    } else {
+      child.AddAttribute(SOAPQName(name, ns)).Set(text, textNs);
+    }
+  }
+  if (stored) {
+    child.SetString("1 < 2");
+  } else {
+    child.GetStringRef().Assign("1 < 2");
+  }
+  return XMLComposer::ComposeRequest(method);
+}
+
+TEST(RequestTree, StoredElementsWriteWhatElementsOfTheirOwnWrite) {
+  const std::vector<std::vector<Attribute>> cases = {
+      {{"type", kXsiNamespace, "int", kXsdNamespace}},
+      {{"type", kXsiNamespace, "Array", kSoapEncodingNamespace},
+       {"arrayType", kSoapEncodingNamespace, "int[3]", kXsdNamespace}},
+      // A second value for the same key replaces the first in its place.
+      {{"type", kXsiNamespace, "int", kXsdNamespace},
+       {"a", nullptr, "x", nullptr},
+       {"type", kXsiNamespace, "T", "urn:b"}},
+      // More attributes than a stored table holds, in several chains of the table.
+      {{"a", nullptr, "1", nullptr},
+       {"b", nullptr, "2", nullptr},
+       {"c", nullptr, "3", nullptr},
+       {"d", nullptr, "4", nullptr},
+       {"e", "urn:e", "5", nullptr},
+       {"f", nullptr, "6", nullptr},
+       {"g", nullptr, "7", nullptr},
+       {"h", nullptr, "8", nullptr},
+       {"i", nullptr, "9", nullptr},
+       {"a", nullptr, "10", nullptr}},
+      {{"nil", kXsiNamespace, "true", nullptr}, {"n", nullptr, "<\"&\">", nullptr}},
+  };
+  for (const auto& attributes : cases) {
+    SCOPED_TRACE(std::get<0>(attributes.front()) + std::string(" and ") +
+                 std::to_string(attributes.size() - 1) + " more");
+    const std::string stored = Composed(attributes, true);
+    EXPECT_EQ(stored, Composed(attributes, false));
+    EXPECT_THAT(stored, HasSubstr(">1 &lt; 2</c>"));
+  }
+}
+
+TEST(RequestTree, ElementsShareAnAttributeUntilOneChangesIt) {
+  SOAPMethod method("m", kSampleNamespace, nullptr, false);
+  const SOAPQName type("type", kXsiNamespace);
+  std::vector<SOAPParameter*> items;
+  for (int i = 0; i < 4; ++i) {
+    items.push_back(&method.AddParameter("item"));
+    items.back()->SetAttribute(type, "int", kXsdNamespace);
+  }
+  items[1]->SetAttribute(type, "string", kXsdNamespace);
+  items[2]->SetAttribute(SOAPQName("n", nullptr), "1", nullptr);
+  items[3]->AddAttribute(type).SetName("q:long");  // the namespace stays: its prefix is ours
+  EXPECT_THAT(XMLComposer::ComposeRequest(method),
+              HasSubstr("<item xsi:type=\"xsd:int\"/><item xsi:type=\"xsd:string\"/>"
+                        "<item xsi:type=\"xsd:int\" n=\"1\"/><item xsi:type=\"xsd:long\"/>"));
+}
+
+TEST(RequestTree, CopiesKeepTheirDataWhenTheStorageServesTheNextRequest) {
+  SOAPParameter copy;
+  {
+    SOAPMethod method("m", kSampleNamespace, nullptr, false);
+    SOAPParameter& array = method.AddParameter("array");
+    array.SetAttribute(SOAPQName("type", kXsiNamespace), "Array", kSoapEncodingNamespace);
+    array.ReserveParameters(2);
+    array.AddParameter("item").SetString("first");
+    array.AddParameter("item").SetNull();
+    copy = array;
+  }
+  SOAPMethod next("n", kSampleNamespace, nullptr, false);
+  for (int i = 0; i < 1000; ++i) next.AddParameter("other").SetString("overwrites the storage");
+  EXPECT_EQ(NameOf(copy), "array|");
+  EXPECT_THAT(Children(copy), ElementsAre("item||first", "item||(nil)"));
+  const auto found = copy.GetAttributes().Find(SOAPQName("type", kXsiNamespace));
+  ASSERT_NE(found, copy.GetAttributes().End());
+  EXPECT_STREQ(found.Value().GetName().CStr(), "Array");
+}
+
+}  // namespace
+}  // namespace tssoap::test
