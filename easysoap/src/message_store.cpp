@@ -59,7 +59,7 @@ void MessageStore::Rewind(size_t keepBytes) {
   }
   footprint_ = table_.size() * sizeof(Interned*);
   interned_ = 0;
-  lastInterned_ = nullptr;
+  std::fill(std::begin(recent_), std::end(recent_), Recent{});
   std::fill(std::begin(memo_), std::end(memo_), Memo{});
 }
 
@@ -125,7 +125,6 @@ MessageStore::Interned& MessageStore::Intern(std::string_view text) {
                                    SOAPQName::HashText(copy), tableHash, 0});
     ++interned_;
   }
-  lastInterned_ = *slot;
   return **slot;
 }
 

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -49,16 +50,17 @@ class MessageStore {
   const char* Copy(std::string_view text);
   // The one copy of text, made on its first use.
   Interned& Intern(std::string_view text);
-  // The same for a NUL-terminated text, which is often the one kept last (the names of an
-  // array's items).
+  // The same for a NUL-terminated text. The texts of a message come again and again from the
+  // same places (the names of an array's items, the type names of its fields): a text met at an
+  // address lately, and still the same there, is found without hashing it.
   Interned& Intern(const char* text) {
-    if (lastInterned_ != nullptr) {
-      const char* kept = lastInterned_->text;
-      size_t i = 0;
-      while (kept[i] == text[i] && text[i] != '\0') ++i;
-      if (kept[i] == text[i]) return *lastInterned_;
+    Recent& recent = recent_[(reinterpret_cast<uintptr_t>(text) >> 3) % kRecentSlots];
+    if (recent.source == text && std::strcmp(recent.interned->text, text) == 0) {
+      return *recent.interned;
     }
-    return Intern(std::string_view(text));
+    Interned& interned = Intern(std::string_view(text));
+    recent = {text, &interned};
+    return interned;
   }
   // The copy of text when there is one, else null.
   Interned* FindInterned(std::string_view text) const;
@@ -84,11 +86,16 @@ class MessageStore {
     char* data;
     size_t size;
   };
+  struct Recent {
+    const char* source;
+    Interned* interned;
+  };
   struct Memo {
     const void* key[4];
     void* value;
   };
   static constexpr size_t kMemoSlots = 16;
+  static constexpr size_t kRecentSlots = 16;
   static constexpr size_t kAlignment = alignof(void*);  // enough for every object of the tree
 
   Interned** Slot(std::string_view text, uint32_t tableHash) const;
@@ -105,7 +112,7 @@ class MessageStore {
   size_t footprint_ = 0;
   std::vector<Interned*> table_;  // open addressing, a power of two, at most half full
   size_t interned_ = 0;
-  Interned* lastInterned_ = nullptr;  // names come in runs: the items of an array
+  Recent recent_[kRecentSlots] = {};
   Memo memo_[kMemoSlots] = {};
 };
 
