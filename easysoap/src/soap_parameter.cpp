@@ -103,12 +103,6 @@ void SOAPParameter::CopyFrom(const SOAPParameter& other) {
   }
 }
 
-bool SOAPParameter::HoldsOnlyStored() const {
-  return !name_.GetName().OwnsBuffer() && !name_.GetNamespace().OwnsBuffer() &&
-         !ownValue_.text.OwnsBuffer() && ownValue_.children.Capacity() == 0 &&
-         (ownValue_.storedAttributes || ownValue_.attributes.Count() == 0);
-}
-
 void SOAPParameter::DeleteOwnChildren() {
   for (SOAPParameter* child : ownValue_.children) {
     if (!child->ownValue_.storedElement) {

@@ -117,7 +117,7 @@ void SOAPString::Clear() {
 }
 
 void SOAPString::Refer(const char* text) {
-  Clear();
+  if (!referred_ && buffer_ != nullptr) easysoap_free(buffer_);
   buffer_ = const_cast<char*>(text);  // never written through: every change copies first
   referred_ = text != nullptr;
 }

@@ -110,7 +110,11 @@ class EASYSOAP_API SOAPParameter {
   void CopyFrom(const SOAPParameter& other);
   void DeleteOwnChildren();
   // Whether nothing of the element needs its destruction: all of it lives in a storage.
-  bool HoldsOnlyStored() const;
+  bool HoldsOnlyStored() const {
+    return !name_.GetName().OwnsBuffer() && !name_.GetNamespace().OwnsBuffer() &&
+           !ownValue_.text.OwnsBuffer() && ownValue_.children.Capacity() == 0 &&
+           (ownValue_.storedAttributes || ownValue_.attributes.Count() == 0);
+  }
   static void ForgetStoredAttributes(Data& data);
   static void TakeOverAttributes(Data& data);
 
