@@ -22,6 +22,11 @@ std::atomic<bool> addWhiteSpace{false};
 
 std::string_view View(const SOAPString& text) { return std::string_view(text.CStr()); }
 
+// The slot of a text among slots that remember texts by their addresses.
+size_t SlotOf(const char* text, size_t slots) {
+  return (reinterpret_cast<uintptr_t>(text) >> 3) % slots;
+}
+
 // The request's text, gathered in a chunk of its own and appended to the caller's buffer a chunk
 // at a time: pieces are copied in without a call each, and a chunk stays below the size from
 // which the C library copies byte by byte.
@@ -99,23 +104,26 @@ class NamespacePrefixes {
   }
 
   void Use(const SOAPString& uri) {
-    std::string_view text = View(uri);
-    if (text.empty() || Find(text) != kNone) return;
-    Add(text, "ns" + std::to_string(++generated_));
+    const char* text = uri.Str();
+    if (text == nullptr || *text == '\0' || Recall(text) != kUnknown) return;
+    size_t entry = Find(text);
+    if (entry == kNone) {
+      entry = entries_.size();
+      Add(text, "ns" + std::to_string(++generated_));
+    }
+    Remember(text, entry);
   }
 
-  // The prefix of a namespace that Use has seen; empty for no namespace. The tree doesn't change
-  // while it is written, so the texts of its elements are told apart by their addresses: the
-  // few namespaces of a request repeat from element to element.
+  // The prefix of a namespace that Use has seen; empty for no namespace.
   std::string_view PrefixOf(const SOAPString& uri) {
     const char* text = uri.Str();
     if (text == nullptr || *text == '\0') return {};
-    for (const Recent& recent : recent_) {
-      if (recent.uri == text) return Prefix(recent.entry);
+    size_t entry = Recall(text);
+    if (entry == kUnknown) {
+      entry = Find(text);
+      Remember(text, entry);
     }
-    const size_t entry = Find(text);
-    recent_[nextRecent_++ % kRecent] = {text, entry};
-    return Prefix(entry);
+    return entry != kNone ? std::string_view(entries_[entry].prefix) : std::string_view();
   }
 
   void WriteDeclarations(Output& out, std::string& scratch) const {
@@ -136,15 +144,16 @@ class NamespacePrefixes {
   }
 
  private:
-  static constexpr size_t kNone = SIZE_MAX;
-  static constexpr size_t kRecent = 4;
+  static constexpr size_t kNone = SIZE_MAX;  // a namespace without a prefix
+  static constexpr size_t kUnknown = SIZE_MAX - 1;
+  static constexpr size_t kRecent = 8;
   struct Entry {
     std::string_view uri;
     std::string prefix;
   };
   struct Recent {
     const char* uri = nullptr;
-    size_t entry = kNone;
+    size_t entry = kUnknown;
   };
 
   void Add(std::string_view uri, std::string prefix) {
@@ -159,14 +168,17 @@ class NamespacePrefixes {
     }
     return kNone;
   }
-  std::string_view Prefix(size_t entry) const {
-    return entry != kNone ? std::string_view(entries_[entry].prefix) : std::string_view();
+  // The tree doesn't change while it is written, so the texts of its elements are told apart by
+  // their addresses: the few namespaces of a request come again and again from the same texts.
+  size_t Recall(const char* uri) const {
+    const Recent& recent = recent_[SlotOf(uri, kRecent)];
+    return recent.uri == uri ? recent.entry : kUnknown;
   }
+  void Remember(const char* uri, size_t entry) { recent_[SlotOf(uri, kRecent)] = {uri, entry}; }
 
   std::vector<Entry> entries_;
   unsigned generated_ = 0;
   Recent recent_[kRecent];
-  unsigned nextRecent_ = 0;
 };
 
 // The length of a name XML accepts as the local part of an element or attribute; 0 for a text
@@ -383,17 +395,15 @@ class RequestWriter {
   // their addresses while the tree is written.
   std::string_view CheckedName(const SOAPString& name) {
     const char* text = name.CStr();
-    for (const std::string_view& checked : checkedNames_) {
-      if (checked.data() == text) return checked;
-    }
+    std::string_view& checked = checkedNames_[SlotOf(text, kCheckedNames)];
+    if (checked.data() == text) return checked;
     const size_t length = XmlNameLength(text);
     if (length == 0) {
       throw SOAPException(
           "Can't write the element or attribute name '%.200s': it isn't an XML name", text);
     }
-    std::string_view& slot = checkedNames_[nextCheckedName_++ % kCheckedNames];
-    slot = std::string_view(text, length);
-    return slot;
+    checked = std::string_view(text, length);
+    return checked;
   }
   void PutTag(const Tag& tag) {
     if (!tag.prefix.empty()) {
@@ -427,7 +437,7 @@ class RequestWriter {
     if (whiteSpace_) out_.Append('\n');
   }
 
-  static constexpr size_t kCheckedNames = 4;
+  static constexpr size_t kCheckedNames = 8;
 
   Output out_;
   bool document_;
@@ -435,7 +445,6 @@ class RequestWriter {
   NamespacePrefixes prefixes_;
   std::string scratch_;  // escaped text on its way into the request
   std::string_view checkedNames_[kCheckedNames];
-  unsigned nextCheckedName_ = 0;
 };
 
 }  // namespace
