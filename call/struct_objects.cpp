@@ -90,7 +90,7 @@ void WriteFields(const ConversionContext& context, const TypeDescription& descri
       .WalkStructOut(parameter, instance, description.fields);
 }
 
-void ReadFields(const ConversionContext& context, const TypeDescription& description,
+void ReadFields(const ResponseContext& context, const TypeDescription& description,
                 const SOAPParameter& parameter, HostObject instance) {
   const NestingLevel level(description.localName);
   ParameterWalker(context.proxy, context.session)
@@ -123,7 +123,8 @@ struct KeptType {
   HostClass cls = 0;
 };
 
-const TypeDescription& DescriptionOf(const ConversionContext& context, KeptType& kept) {
+template <typename Context>
+const TypeDescription& DescriptionOf(const Context& context, KeptType& kept) {
   if (!kept.description) {
     kept.description = ReadTypeDescription(context.session, context.proxy, context.typeName);
   }
@@ -131,7 +132,7 @@ const TypeDescription& DescriptionOf(const ConversionContext& context, KeptType&
 }
 
 // A new instance of the structure class of context's type.
-HostObject NewStructObject(const ConversionContext& context, KeptType& kept) {
+HostObject NewStructObject(const ResponseContext& context, KeptType& kept) {
   if (kept.cls == 0) kept.cls = StructClassOf(context.session, context.typeName);
   const HostObject instance = context.session.NewObject(kept.cls);
   if (instance == 0) ThrowMappingFailure(context.typeName);
@@ -155,7 +156,7 @@ void WriteObject(ConversionContext& context, KeptType& kept) {
   WriteFields(context, description, parameter, record.value.handle);
 }
 
-void ReadObject(ConversionContext& context, KeptType& kept) {
+void ReadObject(ResponseContext& context, KeptType& kept) {
   HostValueRecord& record = context.record;
   if (record.value.handle == 0) record.value.handle = NewStructObject(context, kept);
   ReadFields(context, DescriptionOf(context, kept), context.parameter, record.value.handle);
@@ -186,7 +187,7 @@ void ObjectOut(ConversionContext& context) {
   WriteObject(context, kept);
 }
 
-void ObjectIn(ConversionContext& context) {
+void ObjectIn(ResponseContext& context) {
   KeptType kept;
   ReadObject(context, kept);
 }
@@ -232,7 +233,7 @@ void WrappedObjectsOut(ConversionContext& context) {
   });
 }
 
-void ObjectItemsIn(ConversionContext& context) {
+void ObjectItemsIn(ResponseContext& context) {
   IHostSession& session = context.session;
   const HostArray handle = context.record.value.handle;
   // Every child is an item, whatever its name; array attributes and positions have no say here,
@@ -247,7 +248,7 @@ void ObjectItemsIn(ConversionContext& context) {
   }
 }
 
-void RepeatedObjectsIn(ConversionContext& context) {
+void RepeatedObjectsIn(ResponseContext& context) {
   IHostSession& session = context.session;
   const HostArray handle = context.record.value.handle;
   const HeldArrayInfo info(session, handle);
@@ -256,7 +257,7 @@ void RepeatedObjectsIn(ConversionContext& context) {
   KeptType kept;
   const auto readItem = [&](const SOAPParameter& child) {
     HostValueRecord item{};
-    ConversionContext itemContext = context.ForItem(const_cast<SOAPParameter&>(child), item);
+    ResponseContext itemContext = context.ForItem(child, item);
     ReadObject(itemContext, kept);
     ++index;
     session.SetObjectArrayItem(handle, &index, item.value.handle);

@@ -15,12 +15,12 @@ namespace tssoap {
 HostClass StructClassOf(IHostSession& session, const std::string& typeName);
 
 void ObjectOut(ConversionContext& context);
-void ObjectIn(ConversionContext& context);
+void ObjectIn(ResponseContext& context);
 void EncodedObjectsOut(ConversionContext& context);
 void RepeatedObjectsOut(ConversionContext& context);
 void WrappedObjectsOut(ConversionContext& context);
 // Encoded and wrapped arrays of objects are read the same way.
-void ObjectItemsIn(ConversionContext& context);
-void RepeatedObjectsIn(ConversionContext& context);
+void ObjectItemsIn(ResponseContext& context);
+void RepeatedObjectsIn(ResponseContext& context);
 
 }  // namespace tssoap

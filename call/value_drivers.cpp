@@ -8,17 +8,18 @@ namespace tssoap {
 namespace {
 
 using ObjectPath = void (*)(ConversionContext& context);
+using ResponseObjectPath = void (*)(ResponseContext& context);
 
 // The object path of each layout, indexed by ArrayStyle: scalar, encoded array, repeated
 // elements, wrapped array. Encoded and wrapped arrays of objects are read the same way.
 constexpr ObjectPath kObjectsToWire[] = {&ObjectOut, &EncodedObjectsOut, &RepeatedObjectsOut,
                                          &WrappedObjectsOut};
-constexpr ObjectPath kObjectsFromWire[] = {&ObjectIn, &ObjectItemsIn, &RepeatedObjectsIn,
-                                           &ObjectItemsIn};
+constexpr ResponseObjectPath kObjectsFromWire[] = {&ObjectIn, &ObjectItemsIn, &RepeatedObjectsIn,
+                                                   &ObjectItemsIn};
 
 // A host value of kind any gets an unbounded array made for the declared type: of the row's
 // kind, or of the structure class when no row has the type.
-void MakeArrayForAny(ConversionContext& context, XmlTypeCode code) {
+void MakeArrayForAny(ResponseContext& context, XmlTypeCode code) {
   IHostSession& session = context.session;
   HostValueRecord& record = context.record;
   // The result becomes the array made here, also when the host prepared a null any.
@@ -41,7 +42,7 @@ void MakeArrayForAny(ConversionContext& context, XmlTypeCode code) {
 // A value that holds no host array yet -- a typed array result, read flags-only, or a null
 // array argument -- gets a new unbounded array of its own item kind or class, so the answer has
 // somewhere to go. The kind check of the row still decides whether the type serves it.
-void MakeMissingArray(ConversionContext& context) {
+void MakeMissingArray(ResponseContext& context) {
   IHostSession& session = context.session;
   HostValueRecord& record = context.record;
   record.isNull = 0;
@@ -53,7 +54,7 @@ void MakeMissingArray(ConversionContext& context) {
 }
 
 // A value that holds no host array yet gets one made before the row operation fills it.
-void PrepareArray(ConversionContext& context, XmlTypeCode code) {
+void PrepareArray(ResponseContext& context, XmlTypeCode code) {
   if (context.record.kind == kHostAny) {
     MakeArrayForAny(context, code);
   } else if (context.record.value.handle == 0) {
@@ -81,9 +82,8 @@ void ConvertFromWire(const ValueForm& form, const SOAPParameter& parameter,
                      HostObject proxy) {
   const HostCodePageHeld codePage(form.arrayStyle != kScalar);
   const SOAPParameter& inheritFrom = form.arrayStyle == kRepeatedElements ? enclosing : parameter;
-  ConversionContext context = ValueContext(form, parameter, inheritFrom, record, session, proxy);
-  // The way in reads its elements and never writes through them.
-  context.parentParameter = const_cast<SOAPParameter*>(&enclosing);
+  ResponseContext context = ValueContext(form, parameter, inheritFrom, record, session, proxy);
+  context.parentParameter = &enclosing;
   if (form.arrayStyle != kScalar) PrepareArray(context, form.type.code);
   if (record.isObject != 0) return kObjectsFromWire[form.arrayStyle](context);
   RowFromWire(form, context);

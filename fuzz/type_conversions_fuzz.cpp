@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 #include "host/entry_points.h"
 #include "support/values/soap_exception.h"
@@ -24,13 +25,17 @@ bool Convert(testhost::Runtime& host, HostObject proxy, const tssoap::XmlDataTyp
              XmlValueText& value, HostValueRecord& record, bool in, std::string* message) {
   static const std::string kTypeName = "xsd:any";
   SOAPParameter parameter;
-  tssoap::ConversionContext context{parameter, host, proxy,   kTypeName, record,
-                                    {},        {},   nullptr, &row};
+  const auto context = [&]<typename Parameter>(Parameter& element) {
+    return tssoap::BasicConversionContext<Parameter>{element, host, proxy,   kTypeName, record,
+                                                     {},      {},   nullptr, &row};
+  };
   try {
     if (in) {
-      row.conversion->fromXmlText(value, context);
+      tssoap::ResponseContext response = context(std::as_const(parameter));
+      row.conversion->fromXmlText(value, response);
     } else {
-      row.conversion->toXmlText(value, context);
+      tssoap::ConversionContext request = context(parameter);
+      row.conversion->toXmlText(value, request);
     }
   } catch (const SOAPException& failure) {
     *message = failure.What() != nullptr ? failure.What() : "";

@@ -9,10 +9,6 @@ namespace tssoap {
 
 namespace {
 
-const BinaryRowConversion& BinaryRowOf(const ConversionContext& context) {
-  return static_cast<const BinaryRowConversion&>(*context.row->conversion);
-}
-
 void BinaryToXmlText(XmlValueText& value, ConversionContext& context) {
   const HostValueRecord& record = context.record;
   if (CopyNullOut(value, record)) return;
@@ -22,19 +18,20 @@ void BinaryToXmlText(XmlValueText& value, ConversionContext& context) {
   const uint32_t length = session.GetBlobLength(blob);
   const void* data = session.GetBlobData(blob);
   SOAPString encoded;
-  BinaryRowOf(context).encode(static_cast<const char*>(data), length, encoded);
+  const BinaryRowConversion& row = FamilyConversion<BinaryRowConversion>(context);
+  row.encode(static_cast<const char*>(data), length, encoded);
   // A blob of length 0 is an empty text, not a nil element.
   value.text = encoded.CStr();
 }
 
-void BinaryFromXmlText(const XmlValueText& value, ConversionContext& context) {
+void BinaryFromXmlText(const XmlValueText& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostBlob)) return;
   const SOAPString text(value.text.c_str());
   unsigned int size = SOAPBase64Base::EstimateSize(text);
   // Released by the unwinding when the library's decoder throws.
   std::unique_ptr<char[]> block(new char[size_t{size} + 1]);
-  BinaryRowOf(context).decode(text, block.get(), size);
+  FamilyConversion<BinaryRowConversion>(context).decode(text, block.get(), size);
   record.value.handle = context.session.NewBlob(block.get(), size);
 }
 

@@ -1,5 +1,7 @@
 // ConversionContext: what every row operation of the XML data type table and every operation of
-// the object path receives. It lives on the stack of the driver that makes the call.
+// the object path receives. It lives on the stack of the driver that makes the call. The way out
+// fills its element and takes a ConversionContext; the way in only reads the parsed answer and
+// takes a ResponseContext, whose elements are const.
 #pragma once
 
 #include <string>
@@ -12,9 +14,11 @@ namespace tssoap {
 
 struct XmlDataTypeRow;
 
-struct ConversionContext {
-  // The element to fill (way out) or to read (way in). The way in never writes through it.
-  SOAPParameter& parameter;
+// Parameter is SOAPParameter (way out) or const SOAPParameter (way in).
+template <typename Parameter>
+struct BasicConversionContext {
+  // The element to fill (way out) or to read (way in).
+  Parameter& parameter;
   IHostSession& session;
   HostObject proxy;              // its class variables hold the namespaces and type descriptions
   const std::string& typeName;   // the declared type, with its prefix
@@ -22,15 +26,21 @@ struct ConversionContext {
   std::string elementName;       // array drivers: local name of the items
   std::string elementNamespace;  // array drivers: namespace of the items
   // Repeated-element drivers: the element under which the item elements stand.
-  SOAPParameter* parentParameter = nullptr;
+  Parameter* parentParameter = nullptr;
   // The row whose operation runs (null on the object path).
   const XmlDataTypeRow* row = nullptr;
 
   // The context of one array item: this one's type and row, on the item's element and record.
   // An item is a single value: no item names, no parent.
-  ConversionContext ForItem(SOAPParameter& itemParameter, HostValueRecord& item) const {
-    return ConversionContext{itemParameter, session, proxy, typeName, item, {}, {}, nullptr, row};
+  BasicConversionContext ForItem(Parameter& itemParameter, HostValueRecord& item) const {
+    return BasicConversionContext{itemParameter, session, proxy, typeName, item, {}, {},
+                                  nullptr,       row};
   }
 };
+
+// The request: the host value into an element.
+using ConversionContext = BasicConversionContext<SOAPParameter>;
+// The response: an element of the parsed answer into the host value.
+using ResponseContext = BasicConversionContext<const SOAPParameter>;
 
 }  // namespace tssoap

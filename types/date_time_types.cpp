@@ -65,10 +65,6 @@ bool ScanTimeFields(PartScanner& scan, DateTimeParts& parts) {
          scan.Literal(':') && scan.Double(parts.second);
 }
 
-const DateTimeRowConversion& DateTimeRowOf(const ConversionContext& context) {
-  return static_cast<const DateTimeRowConversion&>(*context.row->conversion);
-}
-
 DateTimeParts SplitHostValue(IHostSession& session, HostValueKind kind, uint32_t handle) {
   DateTimeParts parts;
   switch (kind) {
@@ -110,13 +106,13 @@ uint32_t NewHostValue(IHostSession& session, HostValueKind kind, const DateTimeP
 void DateTimeToXmlText(XmlValueText& value, ConversionContext& context) {
   const HostValueRecord& record = context.record;
   if (CopyNullOut(value, record)) return;
-  const DateTimeRowConversion& row = DateTimeRowOf(context);
+  const DateTimeRowConversion& row = FamilyConversion<DateTimeRowConversion>(context);
   value.text = row.format(SplitHostValue(context.session, row.kind, record.value.handle));
 }
 
-void DateTimeFromXmlText(const XmlValueText& value, ConversionContext& context) {
+void DateTimeFromXmlText(const XmlValueText& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
-  const DateTimeRowConversion& row = DateTimeRowOf(context);
+  const DateTimeRowConversion& row = FamilyConversion<DateTimeRowConversion>(context);
   if (CopyNullIn(value, record, row.kind)) return;
   // No range test: a month of 13 reaches the host as it came.
   const std::optional<DateTimeParts> parts = row.scan(value.text.c_str());
@@ -125,7 +121,7 @@ void DateTimeFromXmlText(const XmlValueText& value, ConversionContext& context) 
 }
 
 void TimeInstantToXmlText(XmlValueText&, ConversionContext&) {}
-void TimeInstantFromXmlText(const XmlValueText&, ConversionContext&) {}
+void TimeInstantFromXmlText(const XmlValueText&, ResponseContext&) {}
 
 }  // namespace
 

@@ -85,7 +85,7 @@ void DoubleToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = FloatingText(context.record.value.dbl, 18);
 }
 
-void FloatFromXmlText(const XmlValueText& value, ConversionContext& context) {
+void FloatFromXmlText(const XmlValueText& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostReal)) return;
   const double wide = ParseXmlDouble(value.text.c_str());
@@ -97,7 +97,7 @@ void FloatFromXmlText(const XmlValueText& value, ConversionContext& context) {
   record.value.real = narrow;
 }
 
-void DoubleFromXmlText(const XmlValueText& value, ConversionContext& context) {
+void DoubleFromXmlText(const XmlValueText& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostDouble)) return;
   const double number = ParseXmlDouble(value.text.c_str());
@@ -118,7 +118,7 @@ void DecimalToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = text != nullptr ? text.get() : "";
 }
 
-void DecimalFromXmlText(const XmlValueText& value, ConversionContext& context) {
+void DecimalFromXmlText(const XmlValueText& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostDecimal)) return;
   const DecimalText number(value.text.c_str());
@@ -133,7 +133,7 @@ void DecimalFromXmlText(const XmlValueText& value, ConversionContext& context) {
 }
 
 void DurationToXmlText(XmlValueText&, ConversionContext&) {}
-void DurationFromXmlText(const XmlValueText&, ConversionContext&) {}
+void DurationFromXmlText(const XmlValueText&, ResponseContext&) {}
 
 }  // namespace
 

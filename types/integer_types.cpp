@@ -45,10 +45,6 @@ int CompareMagnitude(const DecimalText& a, const DecimalText& b) {
   return 0;
 }
 
-const IntegerRowConversion& IntegerRowOf(const ConversionContext& context) {
-  return static_cast<const IntegerRowConversion&>(*context.row->conversion);
-}
-
 // record.value at the row's width and signedness.
 int64_t ReadAtWidth(const HostValueData& value, uint8_t width, bool isSigned) {
   switch (width) {
@@ -79,7 +75,7 @@ void StoreAtWidth(HostValueData& value, uint8_t width, int64_t number) {
 void IntegerToXmlText(XmlValueText& value, ConversionContext& context) {
   const HostValueRecord& record = context.record;
   if (CopyNullOut(value, record)) return;
-  const IntegerRowConversion& row = IntegerRowOf(context);
+  const IntegerRowConversion& row = FamilyConversion<IntegerRowConversion>(context);
   const int64_t number = ReadAtWidth(record.value, row.width, row.isSigned);
   const IntegerOutTest& test = row.outTest;
   if (test.message != nullptr && (number < test.lowest || number > test.highest)) {
@@ -109,9 +105,9 @@ std::optional<int64_t> PlainInteger(const std::string& text) {
   return -number;
 }
 
-void IntegerFromXmlText(const XmlValueText& value, ConversionContext& context) {
+void IntegerFromXmlText(const XmlValueText& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
-  const IntegerRowConversion& row = IntegerRowOf(context);
+  const IntegerRowConversion& row = FamilyConversion<IntegerRowConversion>(context);
   if (CopyNullIn(value, record, row.kind)) return;
   if (const std::optional<int64_t> plain = PlainInteger(value.text)) {
     if (*plain < row.lowest || *plain > row.highest) throw SOAPException("%s", row.inMessage);
@@ -142,7 +138,7 @@ void BooleanToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = record.value.uint16 != 0 ? "true" : "false";
 }
 
-void BooleanFromXmlText(const XmlValueText& value, ConversionContext& context) {
+void BooleanFromXmlText(const XmlValueText& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostBoolean)) return;
   // No trimming: " true" is no boolean.

@@ -24,7 +24,7 @@ HostValueRecord ReadItem(const ConversionContext& context, HostArray array, int3
   return item;
 }
 
-void WriteItem(const ConversionContext& context, HostArray array, int32_t index,
+void WriteItem(const ResponseContext& context, HostArray array, int32_t index,
                const HostValueRecord& item) {
   if (item.isNull != 0) {
     context.session.SetArrayItemToNull(array, &index);
@@ -33,7 +33,9 @@ void WriteItem(const ConversionContext& context, HostArray array, int32_t index,
   }
 }
 
-SOAPParameter& ParentOf(const ConversionContext& context) {
+// The parent element of repeated elements: one to fill, or one of the answer to read.
+template <typename Parameter>
+Parameter& ParentOf(const BasicConversionContext<Parameter>& context) {
   if (context.parentParameter == nullptr) {
     throw SOAPException("Internal Error with Tessaro SoapClient");
   }
@@ -61,7 +63,7 @@ void ScalarOut(ConversionContext& context) {
   value.WriteTo(parameter);
 }
 
-void ScalarIn(ConversionContext& context) {
+void ScalarIn(ResponseContext& context) {
   const SOAPParameter& parameter = context.parameter;
   if (parameter.IsNull()) {
     context.record.isNull = 1;
@@ -97,7 +99,7 @@ void EncodedArrayOut(ConversionContext& context) {
   }
 }
 
-void EncodedArrayIn(ConversionContext& context) {
+void EncodedArrayIn(ResponseContext& context) {
   IHostSession& session = context.session;
   XmlValueArray array(context.elementName.c_str(), context.elementNamespace.c_str());
   DecodeSoapArray(context.parameter, array);
@@ -107,7 +109,7 @@ void EncodedArrayIn(ConversionContext& context) {
   info.RefuseBounded(kBoundedArray);
   int32_t index = 0;
   HostValueRecord item{};
-  ConversionContext itemContext = context.ForItem(context.parameter, item);
+  ResponseContext itemContext = context.ForItem(context.parameter, item);
   const FromXmlTextFn fromXmlText = context.row->conversion->fromXmlText;
   for (const XmlValueText& value : array.items) {
     ++index;
@@ -133,7 +135,7 @@ void RepeatedOut(ConversionContext& context) {
   }
 }
 
-void RepeatedIn(ConversionContext& context) {
+void RepeatedIn(ResponseContext& context) {
   const SOAPParameter& parent = ParentOf(context);
   const HostArray handle = context.record.value.handle;
   const HeldArrayInfo info(context.session, handle);
@@ -141,8 +143,7 @@ void RepeatedIn(ConversionContext& context) {
   int32_t index = 0;
   ForEachRepeatedElement(parent, context.parameter.GetName(), [&](const SOAPParameter& child) {
     HostValueRecord item{};
-    // The way in reads the element and never writes through it.
-    ConversionContext itemContext = context.ForItem(const_cast<SOAPParameter&>(child), item);
+    ResponseContext itemContext = context.ForItem(child, item);
     ScalarIn(itemContext);
     WriteItem(context, handle, ++index, item);
   });

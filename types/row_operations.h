@@ -17,15 +17,16 @@ namespace tssoap {
 // no namespace text when the thread has no namespace block.
 void SetTypeAttribute(const XmlDataTypeRow& row, SOAPParameter& parameter);
 
-// The row operation of each layout and direction.
+// The row operation of each layout, for the request and for the response.
 using RowOperation = void (*)(ConversionContext& context);
+using ResponseRowOperation = void (*)(ResponseContext& context);
 
 void ScalarOut(ConversionContext& context);
-void ScalarIn(ConversionContext& context);
+void ScalarIn(ResponseContext& context);
 void EncodedArrayOut(ConversionContext& context);
-void EncodedArrayIn(ConversionContext& context);
+void EncodedArrayIn(ResponseContext& context);
 void RepeatedOut(ConversionContext& context);
-void RepeatedIn(ConversionContext& context);
+void RepeatedIn(ResponseContext& context);
 void WrappedOut(ConversionContext& context);
 
 }  // namespace tssoap

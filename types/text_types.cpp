@@ -7,18 +7,10 @@
 
 namespace tssoap {
 
-namespace {
-
-const StringRowConversion& StringRowOf(const ConversionContext& context) {
-  return static_cast<const StringRowConversion&>(*context.row->conversion);
-}
-
-}  // namespace
-
 void StringToXmlText(XmlValueText& value, ConversionContext& context) {
   const HostValueRecord& record = context.record;
   if (CopyNullOut(value, record)) return;
-  const StringRowConversion& row = StringRowOf(context);
+  const StringRowConversion& row = FamilyConversion<StringRowConversion>(context);
   const char* hostText = context.session.GetStringText(record.value.handle);
   std::string adjusted;
   if (row.hostTextStep != nullptr && hostText != nullptr) {
@@ -32,10 +24,10 @@ void StringToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = std::move(*utf8);
 }
 
-void StringFromXmlText(const XmlValueText& value, ConversionContext& context) {
+void StringFromXmlText(const XmlValueText& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostString)) return;
-  const StringRowConversion& row = StringRowOf(context);
+  const StringRowConversion& row = FamilyConversion<StringRowConversion>(context);
   const char* text = value.text.c_str();
   std::string adjusted;
   if (row.incomingStep != nullptr) {

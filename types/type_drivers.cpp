@@ -10,17 +10,6 @@ namespace tssoap {
 
 namespace {
 
-// The way in reads its element and never writes through it; the context holds it as the way
-// out does.
-SOAPParameter& Readable(const SOAPParameter& parameter) {
-  return const_cast<SOAPParameter&>(parameter);
-}
-
-ConversionContext MakeContext(SOAPParameter& parameter, IHostSession& session, HostObject proxy,
-                              const std::string& typeName, HostValueRecord& record) {
-  return ConversionContext{parameter, session, proxy, typeName, record, {}, {}, nullptr, nullptr};
-}
-
 const char* NonEmpty(const char* text) { return text != nullptr && *text != '\0' ? text : nullptr; }
 
 // Name and namespace of array items. The namespace is the first that exists of: the one of
@@ -28,7 +17,8 @@ const char* NonEmpty(const char* text) { return text != nullptr && *text != '\0'
 // parameter, the empty text. Every element the walks make takes its parent's namespace, so an
 // element's ancestors are reached through inheritedNamespace: the parent's namespace for the
 // repeated-element drivers, which are handed the parent, and the parameter's own otherwise.
-void ChooseItemName(ConversionContext& context, const std::string& elementName,
+template <typename Parameter>
+void ChooseItemName(BasicConversionContext<Parameter>& context, const std::string& elementName,
                     const char* inheritedNamespace) {
   context.elementName = GetLocalPart(elementName);
   const char* ns = ResolvePrefix(context.session, context.proxy, elementName);
@@ -41,13 +31,16 @@ void ChooseItemName(ConversionContext& context, const std::string& elementName,
 // elements, wrapped array. The wrapper of a wrapped array is read as an encoded array that may
 // carry no array attributes.
 constexpr RowOperation kRowsToWire[] = {&ScalarOut, &EncodedArrayOut, &RepeatedOut, &WrappedOut};
-constexpr RowOperation kRowsFromWire[] = {&ScalarIn, &EncodedArrayIn, &RepeatedIn, &EncodedArrayIn};
+constexpr ResponseRowOperation kRowsFromWire[] = {&ScalarIn, &EncodedArrayIn, &RepeatedIn,
+                                                  &EncodedArrayIn};
 
 }  // namespace
 
 // The row that serves the host value: the declared type's, else its base type's. The failure
 // names the declared type, also when it was the base type that failed.
-const XmlDataTypeRow& RowServingRecord(const ConversionContext& context, XmlTypeCode code) {
+template <typename Parameter>
+const XmlDataTypeRow& RowServingRecord(const BasicConversionContext<Parameter>& context,
+                                       XmlTypeCode code) {
   const HostValueKind kind = context.record.kind;
   if (!code.Serves(kind)) {
     const std::string base = GetBaseType(context.session, context.proxy, context.typeName);
@@ -61,16 +54,26 @@ const XmlDataTypeRow& RowServingRecord(const ConversionContext& context, XmlType
 // The context of one value: for an array its items are named after the form's element name, in a
 // namespace that may be inherited from inheritFrom (the parameter itself, or the parent that
 // repeated elements stand under).
-ConversionContext ValueContext(const ValueForm& form, const SOAPParameter& parameter,
-                               const SOAPParameter& inheritFrom, HostValueRecord& record,
-                               IHostSession& session, HostObject proxy) {
-  ConversionContext context =
-      MakeContext(Readable(parameter), session, proxy, form.type.name, record);
+template <typename Parameter>
+BasicConversionContext<Parameter> ValueContext(const ValueForm& form, Parameter& parameter,
+                                               const SOAPParameter& inheritFrom,
+                                               HostValueRecord& record, IHostSession& session,
+                                               HostObject proxy) {
+  BasicConversionContext<Parameter> context{parameter, session, proxy,   form.type.name, record,
+                                            {},        {},      nullptr, nullptr};
   if (form.arrayStyle != kScalar) {
     ChooseItemName(context, form.elementName, inheritFrom.GetName().GetNamespace().Str());
   }
   return context;
 }
+
+// Both directions: the request fills its elements, the response only reads them.
+template const XmlDataTypeRow& RowServingRecord(const ConversionContext&, XmlTypeCode);
+template const XmlDataTypeRow& RowServingRecord(const ResponseContext&, XmlTypeCode);
+template ConversionContext ValueContext(const ValueForm&, SOAPParameter&, const SOAPParameter&,
+                                        HostValueRecord&, IHostSession&, HostObject);
+template ResponseContext ValueContext(const ValueForm&, const SOAPParameter&, const SOAPParameter&,
+                                      HostValueRecord&, IHostSession&, HostObject);
 
 DeclaredType::DeclaredType(IHostSession& session, HostObject proxy, std::string typeName)
     : name(std::move(typeName)) {
@@ -93,7 +96,7 @@ void RowToWire(const ValueForm& form, ConversionContext& context) {
   kRowsToWire[form.arrayStyle](context);
 }
 
-void RowFromWire(const ValueForm& form, ConversionContext& context) {
+void RowFromWire(const ValueForm& form, ResponseContext& context) {
   // Nothing of the incoming element's type attribute is read: the declared type decides.
   context.row = &RowServingRecord(context, form.type.code);
   kRowsFromWire[form.arrayStyle](context);

@@ -48,16 +48,20 @@ struct ValueForm {
 
 // The context of one value: for an array, its items are named after the form's element name, in
 // a namespace that may be inherited from inheritFrom (the parameter itself, or the parent that
-// repeated elements stand under). The way in reads parameter and never writes through it.
-ConversionContext ValueContext(const ValueForm& form, const SOAPParameter& parameter,
-                               const SOAPParameter& inheritFrom, HostValueRecord& record,
-                               IHostSession& session, HostObject proxy);
+// repeated elements stand under). Parameter is const for the way in, which only reads it.
+template <typename Parameter>
+BasicConversionContext<Parameter> ValueContext(const ValueForm& form, Parameter& parameter,
+                                               const SOAPParameter& inheritFrom,
+                                               HostValueRecord& record, IHostSession& session,
+                                               HostObject proxy);
 // The row that serves context.record: the declared type's (code), else its base type's. The
 // failure names the declared type, also when it was the base type that failed.
-const XmlDataTypeRow& RowServingRecord(const ConversionContext& context, XmlTypeCode code);
+template <typename Parameter>
+const XmlDataTypeRow& RowServingRecord(const BasicConversionContext<Parameter>& context,
+                                       XmlTypeCode code);
 // The row path of a value that isn't a host object: the row that serves it runs the operation of
 // the form's layout, record into parameter (ToWire) or parameter into record (FromWire).
 void RowToWire(const ValueForm& form, ConversionContext& context);
-void RowFromWire(const ValueForm& form, ConversionContext& context);
+void RowFromWire(const ValueForm& form, ResponseContext& context);
 
 }  // namespace tssoap

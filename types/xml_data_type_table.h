@@ -9,8 +9,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "host/host_interfaces.h"
 #include "composite/xml_value.h"
+#include "host/host_interfaces.h"
 #include "types/conversion_context.h"
 
 namespace tssoap {
@@ -19,7 +19,7 @@ namespace tssoap {
 // value, writes its lexical form; FromXmlText sets record.isNull and record.kind and, for a value,
 // parses the text into record.value. Both raise SOAPException for what the type can't hold.
 using ToXmlTextFn = void (*)(XmlValueText& value, ConversionContext& context);
-using FromXmlTextFn = void (*)(const XmlValueText& value, ConversionContext& context);
+using FromXmlTextFn = void (*)(const XmlValueText& value, ResponseContext& context);
 
 // The first step of every ToXmlText; true when the value is null and nothing more is written.
 inline bool CopyNullOut(XmlValueText& value, const HostValueRecord& record) {
@@ -48,6 +48,12 @@ struct XmlDataTypeRow {
   HostValueKind itemKind;   // the kind whose array item access the array operations use
   const RowConversion* conversion;
 };
+
+// The family record of the row that runs, for the conversions of a family that derives its own.
+template <typename Family, typename Context>
+const Family& FamilyConversion(const Context& context) {
+  return static_cast<const Family&>(*context.row->conversion);
+}
 
 inline constexpr int kXmlDataTypeRowCount = 46;
 // The 46 rows followed by the end row.

@@ -51,10 +51,12 @@ class RowOperationsTest : public ::testing::Test {
     return record;
   }
   // Runs operation of row on parameter and record, with parent as the enclosing element; the
-  // message, or "ok".
-  std::string Run(RowOperation operation, const char* row, SOAPParameter& parameter,
-                  HostValueRecord& record, SOAPParameter* parent = nullptr) {
-    ConversionContext context = host.Context(parameter, record, row);
+  // message, or "ok". An operation of the way in reads parameter through a const view.
+  template <typename Parameter>
+  std::string Run(void (*operation)(BasicConversionContext<Parameter>&), const char* row,
+                  SOAPParameter& parameter, HostValueRecord& record,
+                  SOAPParameter* parent = nullptr) {
+    BasicConversionContext<Parameter> context = host.Context<Parameter>(parameter, record, row);
     context.elementName = "item";
     context.elementNamespace = "urn:items";
     context.parentParameter = parent;
@@ -124,7 +126,8 @@ TEST_F(RowOperationsTest, ScalarInTakesNilAsNullAndParsesByTheDeclaredRow) {
 TEST_F(RowOperationsTest, ArrayInOperationsWriteEachSlotOfTheHostArray) {
   // Operation, row, the children of the element ("name=text", or "name" for a nil one), the
   // namespace of the name RepeatedIn looks for, then the message and the host array.
-  const std::tuple<RowOperation, const char*, const char*, const char*, const char*, const char*>
+  const std::tuple<ResponseRowOperation, const char*, const char*, const char*, const char*,
+                   const char*>
       cases[] = {
           {&EncodedArrayIn, "string", "item=a item item=", "", "ok",
            R"(array of string [string "a", null string, string ""])"},
@@ -157,15 +160,16 @@ TEST_F(RowOperationsTest, ArrayInOperationsWriteEachSlotOfTheHostArray) {
 }
 
 TEST_F(RowOperationsTest, EveryArrayOperationRefusesABoundedArray) {
-  for (RowOperation operation :
-       {&EncodedArrayOut, &RepeatedOut, &WrappedOut, &EncodedArrayIn, &RepeatedIn}) {
+  const auto refuses = [&](auto operation) {
     SOAPParameter parameter;
     SOAPParameter parent;
     HostValueRecord record = Array(kHostBoolean, {Value::Boolean(true)}, true);
     EXPECT_EQ(Run(operation, "boolean", parameter, record, &parent),
               "SoapClient Error: Can't support Bounded array");
     EXPECT_EQ(parameter.GetParams().Size() + parent.GetParams().Size(), 0u);
-  }
+  };
+  for (RowOperation operation : {&EncodedArrayOut, &RepeatedOut, &WrappedOut}) refuses(operation);
+  for (ResponseRowOperation operation : {&EncodedArrayIn, &RepeatedIn}) refuses(operation);
 }
 
 }  // namespace

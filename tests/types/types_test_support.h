@@ -68,10 +68,12 @@ class TypesHost {
     proxy = runtime.NewInstance("typesproxy");
   }
 
-  ConversionContext Context(SOAPParameter& parameter, HostValueRecord& record,
-                            std::string_view rowName) {
-    return ConversionContext{parameter, runtime, proxy,   typeName_,         record,
-                             {},        {},      nullptr, &RowNamed(rowName)};
+  // The context of the row on parameter: a ResponseContext when Parameter is const.
+  template <typename Parameter>
+  BasicConversionContext<Parameter> Context(Parameter& parameter, HostValueRecord& record,
+                                            std::string_view rowName) {
+    return BasicConversionContext<Parameter>{parameter, runtime, proxy,   typeName_,         record,
+                                             {},        {},      nullptr, &RowNamed(rowName)};
   }
   // ToXmlText of the row on record.
   XmlValueText ToXml(std::string_view rowName, HostValueRecord record) {
@@ -83,8 +85,8 @@ class TypesHost {
   }
   // FromXmlText of the row on text, into record; what a failure leaves in it stays.
   void FromXmlInto(std::string_view rowName, const std::string& text, HostValueRecord& record) {
-    SOAPParameter parameter;
-    ConversionContext context = Context(parameter, record, rowName);
+    const SOAPParameter parameter;
+    ResponseContext context = Context(parameter, record, rowName);
     XmlValueText value;
     value.text = text;
     context.row->conversion->fromXmlText(value, context);
