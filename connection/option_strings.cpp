@@ -207,39 +207,20 @@ OptionKeyResult ScanOptionKey(const char*& cursor, const char* end, std::string&
 }
 
 OptionValueKind ScanOptionValue(const char*& cursor, const char* end, std::string& value) {
-  enum {
-    kBeforeValue,
-    kInQuotes,
-    kAfterQuotes,
-    kQuotedDone,
-    kInNumber,
-    kAfterNumber,
-    kNumberDone,
-    kInWord,
-    kAfterWord,
-    kWordDone,
-  } state = kBeforeValue;
+  // A bare value -- a number or a word -- runs while its characters are of the class of its
+  // first one. A quoted and a bare value end alike: white space up to a ",".
+  enum { kBeforeValue, kInQuotes, kInBare, kAfterValue, kValueDone } state = kBeforeValue;
+  OptionValueKind kind = kValueSyntaxError;
+  bool (*inBareClass)(char) = nullptr;
   char closingQuote = '\0';
   value.clear();
   for (;;) {
     if (cursor == end) {
-      switch (state) {
-        case kAfterQuotes:
-          return kQuotedValue;
-        case kInNumber:
-        case kAfterNumber:
-          return kNumberValue;
-        case kInWord:
-        case kAfterWord:
-          return kWordValue;
-        default:  // an unclosed quote, or a "," as the very last character
-          return kValueSyntaxError;
-      }
+      // An unclosed quote, or a "," as the very last character, is refused.
+      return state == kInBare || state == kAfterValue ? kind : kValueSyntaxError;
     }
-    // The three done states are left only with a character still to come.
-    if (state == kQuotedDone) return kQuotedValue;
-    if (state == kNumberDone) return kNumberValue;
-    if (state == kWordDone) return kWordValue;
+    // The done state is left only with a character still to come.
+    if (state == kValueDone) return kind;
     // A refused character stays under the cursor, so that a refusal can say where it is.
     char c = *cursor;
     switch (state) {
@@ -247,58 +228,44 @@ OptionValueKind ScanOptionValue(const char*& cursor, const char* end, std::strin
         if (IsSpace(c)) break;
         if (c == '"' || c == '\'') {
           closingQuote = c;
+          kind = kQuotedValue;
           state = kInQuotes;
-        } else if (IsDigit(c)) {
+        } else if (IsDigit(c) || IsLetter(c)) {
+          const bool number = IsDigit(c);
+          kind = number ? kNumberValue : kWordValue;
+          inBareClass = number ? &IsDigit : &IsLetter;
           value.push_back(c);
-          state = kInNumber;
-        } else if (IsLetter(c)) {
-          value.push_back(c);
-          state = kInWord;
+          state = kInBare;
         } else {
           return kValueSyntaxError;
         }
         break;
       case kInQuotes:
         if (c == closingQuote) {
-          state = kAfterQuotes;
+          state = kAfterValue;
         } else {
           value.push_back(c);
         }
         break;
-      case kAfterQuotes:
+      case kInBare:
+        if (inBareClass(c)) {
+          value.push_back(c);
+        } else if (c == ',') {
+          state = kValueDone;
+        } else if (IsSpace(c)) {
+          state = kAfterValue;
+        } else {
+          return kValueSyntaxError;
+        }
+        break;
+      case kAfterValue:
         if (c == ',') {
-          state = kQuotedDone;
+          state = kValueDone;
         } else if (!IsSpace(c)) {
           return kValueSyntaxError;
         }
         break;
-      case kInNumber:
-      case kAfterNumber:
-        if (state == kInNumber && IsDigit(c)) {
-          value.push_back(c);
-        } else if (c == ',') {
-          state = kNumberDone;
-        } else if (IsSpace(c)) {
-          state = kAfterNumber;
-        } else {
-          return kValueSyntaxError;
-        }
-        break;
-      case kInWord:
-      case kAfterWord:
-        if (state == kInWord && IsLetter(c)) {
-          value.push_back(c);
-        } else if (c == ',') {
-          state = kWordDone;
-        } else if (IsSpace(c)) {
-          state = kAfterWord;
-        } else {
-          return kValueSyntaxError;
-        }
-        break;
-      case kQuotedDone:
-      case kNumberDone:
-      case kWordDone:
+      case kValueDone:
         break;
     }
     ++cursor;
