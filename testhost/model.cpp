@@ -41,19 +41,11 @@ void Runtime::Model::UnknownHandle(const char* operation, const char* what, uint
 }
 
 bool Runtime::Model::HandleKnown(int kind, uint32_t handle) const {
+  bool known = true;
+  if (VisitValueTable(kind, [&](const auto& table) { known = table.count(handle) != 0; })) {
+    return known;
+  }
   switch (kind) {
-    case kHostString:
-      return strings.count(handle) != 0;
-    case kHostDecimal:
-      return decimals.count(handle) != 0;
-    case kHostBlob:
-      return blobs.count(handle) != 0;
-    case kHostDate:
-      return dates.count(handle) != 0;
-    case kHostTime:
-      return times.count(handle) != 0;
-    case kHostDateTime:
-      return datetimes.count(handle) != 0;
     case kObjectSlot:
       return handle == 0 || objects.count(handle) != 0;
     case kArraySlot:
@@ -196,33 +188,12 @@ void Runtime::Model::LoadInto(Value& value, HostValueKind kind, bool isArray, bo
     value.data = HostObject{stored.handle};
     return;
   }
-  switch (kind) {
-    case kHostReal:
-    case kHostDouble:
-      value.data = stored.real;
-      break;
-    case kHostString:
-      CopyFound(strings, stored.handle, value.data);
-      break;
-    case kHostDecimal:
-      CopyFound(decimals, stored.handle, value.data);
-      break;
-    case kHostBlob:
-      CopyFound(blobs, stored.handle, value.data);
-      break;
-    case kHostDate:
-      CopyFound(dates, stored.handle, value.data);
-      break;
-    case kHostTime:
-      CopyFound(times, stored.handle, value.data);
-      break;
-    case kHostDateTime:
-      CopyFound(datetimes, stored.handle, value.data);
-      break;
-    default:
-      if (IsIntegerKind(kind)) value.data = stored.integer;
-      break;
+  if (kind == kHostReal || kind == kHostDouble) {
+    value.data = stored.real;
+    return;
   }
+  const auto copy = [&](const auto& table) { CopyFound(table, stored.handle, value.data); };
+  if (!VisitValueTable(kind, copy) && IsIntegerKind(kind)) value.data = stored.integer;
 }
 
 Value Runtime::Model::LoadArray(HostArray handle) {

@@ -267,6 +267,33 @@ struct Runtime::Model {
   // Whether a handle a value of that kind (a HostValueKind, kObjectSlot or kArraySlot) stores names
   // a thing of that kind; kinds without handles always do.
   bool HandleKnown(int kind, uint32_t handle) const;
+  // Calls visit with the table that the values of kind name by handle (strings, decimals, blobs,
+  // dates, times, datetimes); false, visit not called, for any other kind.
+  template <typename Visit>
+  bool VisitValueTable(int kind, Visit&& visit) const {
+    switch (kind) {
+      case kHostString:
+        visit(strings);
+        return true;
+      case kHostDecimal:
+        visit(decimals);
+        return true;
+      case kHostBlob:
+        visit(blobs);
+        return true;
+      case kHostDate:
+        visit(dates);
+        return true;
+      case kHostTime:
+        visit(times);
+        return true;
+      case kHostDateTime:
+        visit(datetimes);
+        return true;
+      default:
+        return false;
+    }
+  }
   HostClass ClassByName(std::string_view name) const;
   std::string ClassName(HostClass cls) const;
 
