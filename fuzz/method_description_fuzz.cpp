@@ -22,20 +22,9 @@
 
 namespace {
 
+using testhost::Arguments;
 using testhost::Runtime;
 using testhost::Value;
-
-class Arguments final : public IHostArguments {
- public:
-  Arguments(Runtime& host, const std::vector<Value>& values) {
-    for (const Value& value : values) cells_.push_back(host.MakeCell(value));
-  }
-  int16_t GetCount() override { return static_cast<int16_t>(cells_.size()); }
-  IHostValue* GetAt(int16_t index) override { return cells_.at(index).get(); }
-
- private:
-  std::vector<std::unique_ptr<Runtime::Cell>> cells_;
-};
 
 // Reads every token; the words go to *words when given.
 void ScanToEnd(tssoap::SoapScanner& scanner, size_t length, std::vector<std::string>* words) {

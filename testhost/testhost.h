@@ -487,4 +487,19 @@ class Runtime::Cell final : public IHostValue {
   uint32_t handle_ = 0;  // strings, decimals, blobs, dates, times, datetimes, objects, arrays
 };
 
+// The arguments of one call, held in cells of the host: what a walk of a method reads and writes,
+// without a whole call around it.
+class Arguments final : public IHostArguments {
+ public:
+  Arguments(Runtime& host, const std::vector<Value>& values) {
+    for (const Value& value : values) cells_.push_back(host.MakeCell(value));
+  }
+  int16_t GetCount() override { return static_cast<int16_t>(cells_.size()); }
+  IHostValue* GetAt(int16_t index) override { return cells_.at(index).get(); }
+  const Runtime::Cell& Cell(size_t index) const { return *cells_.at(index); }
+
+ private:
+  std::vector<std::unique_ptr<Runtime::Cell>> cells_;
+};
+
 }  // namespace testhost

@@ -21,24 +21,11 @@
 namespace tssoap {
 namespace {
 
+using testhost::Arguments;
 using testhost::Runtime;
 using testhost::Value;
 
 constexpr const char* kMethodNamespace = "urn:m";
-
-// The arguments of one call, held in cells of the reference host.
-class Arguments final : public IHostArguments {
- public:
-  Arguments(Runtime& host, const std::vector<Value>& values) {
-    for (const Value& value : values) cells_.push_back(host.MakeCell(value));
-  }
-  int16_t GetCount() override { return static_cast<int16_t>(cells_.size()); }
-  IHostValue* GetAt(int16_t index) override { return cells_.at(index).get(); }
-  const Runtime::Cell& Cell(size_t index) const { return *cells_.at(index); }
-
- private:
-  std::vector<std::unique_ptr<Runtime::Cell>> cells_;
-};
 
 class ParameterWalkerTest : public ::testing::Test {
  protected:
