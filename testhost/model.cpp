@@ -1,5 +1,7 @@
 #include "testhost/model.h"
 
+#include <type_traits>
+
 namespace testhost {
 namespace {
 
@@ -42,7 +44,7 @@ void Runtime::Model::UnknownHandle(const char* operation, const char* what, uint
 
 bool Runtime::Model::HandleKnown(int kind, uint32_t handle) const {
   bool known = true;
-  if (VisitValueTable(kind, [&](const auto& table) { known = table.count(handle) != 0; })) {
+  if (VisitValueTable(*this, kind, [&](const auto& table) { known = table.count(handle) != 0; })) {
     return known;
   }
   switch (kind) {
@@ -69,30 +71,13 @@ std::string Runtime::Model::ClassName(HostClass cls) const {
 
 Runtime::Stored Runtime::Model::ZeroOf(HostValueKind kind) {
   Stored zero;
-  switch (kind) {
-    case kHostString:
-      zero.handle = AddString("");
-      break;
-    case kHostDecimal:
-      zero.handle = AddDecimal("0");
-      break;
-    case kHostBlob:
-      zero.handle = AddBlob({});
-      break;
-    case kHostDate:
-      zero.handle = AddDate({});
-      break;
-    case kHostTime:
-      zero.handle = AddTime({});
-      break;
-    case kHostDateTime:
-      zero.handle = AddDateTime({});
-      break;
-    case kHostAny:
-      zero.isNull = true;
-      break;
-    default:
-      break;
+  if (kind == kHostAny) {
+    zero.isNull = true;
+  } else if (kind == kHostDecimal) {
+    zero.handle = AddDecimal("0");
+  } else {
+    // An empty text or blob, zero parts; no handle for any other kind.
+    VisitValueTable(*this, kind, [&](auto& table) { zero.handle = Add(table, {}); });
   }
   return zero;
 }
@@ -123,33 +108,17 @@ Runtime::Stored Runtime::Model::Store(const Value& value) {
     stored.handle = value.AsObject();
     return stored;
   }
-  switch (value.kind) {
-    case kHostReal:
-    case kHostDouble:
-      stored.real = value.AsDouble();
-      break;
-    case kHostString:
-      stored.handle = AddString(value.AsString());
-      break;
-    case kHostDecimal:
-      stored.handle = AddDecimal(value.AsString());
-      break;
-    case kHostBlob:
-      stored.handle = AddBlob(value.AsBytes());
-      break;
-    case kHostDate:
-      stored.handle = AddDate(std::get<DateParts>(value.data));
-      break;
-    case kHostTime:
-      stored.handle = AddTime(std::get<TimeParts>(value.data));
-      break;
-    case kHostDateTime:
-      stored.handle = AddDateTime(std::get<DateTimeParts>(value.data));
-      break;
-    default:
-      // Kind any, or a kind the host doesn't serve: a value with nothing in it.
-      if (IsIntegerKind(value.kind)) stored.integer = value.AsInt();
-      break;
+  if (value.kind == kHostReal || value.kind == kHostDouble) {
+    stored.real = value.AsDouble();
+    return stored;
+  }
+  const auto add = [&](auto& table) {
+    using Thing = typename std::decay_t<decltype(table)>::mapped_type;
+    stored.handle = Add(table, std::get<Thing>(value.data));
+  };
+  // Kind any, or a kind the host doesn't serve: a value with nothing in it.
+  if (!VisitValueTable(*this, value.kind, add) && IsIntegerKind(value.kind)) {
+    stored.integer = value.AsInt();
   }
   return stored;
 }
@@ -193,7 +162,7 @@ void Runtime::Model::LoadInto(Value& value, HostValueKind kind, bool isArray, bo
     return;
   }
   const auto copy = [&](const auto& table) { CopyFound(table, stored.handle, value.data); };
-  if (!VisitValueTable(kind, copy) && IsIntegerKind(kind)) value.data = stored.integer;
+  if (!VisitValueTable(*this, kind, copy) && IsIntegerKind(kind)) value.data = stored.integer;
 }
 
 Value Runtime::Model::LoadArray(HostArray handle) {

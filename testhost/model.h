@@ -267,28 +267,29 @@ struct Runtime::Model {
   // Whether a handle a value of that kind (a HostValueKind, kObjectSlot or kArraySlot) stores names
   // a thing of that kind; kinds without handles always do.
   bool HandleKnown(int kind, uint32_t handle) const;
-  // Calls visit with the table that the values of kind name by handle (strings, decimals, blobs,
-  // dates, times, datetimes); false, visit not called, for any other kind.
-  template <typename Visit>
-  bool VisitValueTable(int kind, Visit&& visit) const {
+  // Calls visit with the table of model (const or not) that the values of kind name by handle
+  // (strings, decimals, blobs, dates, times, datetimes); false, visit not called, for any other
+  // kind.
+  template <typename Self, typename Visit>
+  static bool VisitValueTable(Self& model, int kind, Visit&& visit) {
     switch (kind) {
       case kHostString:
-        visit(strings);
+        visit(model.strings);
         return true;
       case kHostDecimal:
-        visit(decimals);
+        visit(model.decimals);
         return true;
       case kHostBlob:
-        visit(blobs);
+        visit(model.blobs);
         return true;
       case kHostDate:
-        visit(dates);
+        visit(model.dates);
         return true;
       case kHostTime:
-        visit(times);
+        visit(model.times);
         return true;
       case kHostDateTime:
-        visit(datetimes);
+        visit(model.datetimes);
         return true;
       default:
         return false;
