@@ -275,25 +275,26 @@ struct Runtime::Model {
     switch (kind) {
       case kHostString:
         visit(model.strings);
-        return true;
+        break;
       case kHostDecimal:
         visit(model.decimals);
-        return true;
+        break;
       case kHostBlob:
         visit(model.blobs);
-        return true;
+        break;
       case kHostDate:
         visit(model.dates);
-        return true;
+        break;
       case kHostTime:
         visit(model.times);
-        return true;
+        break;
       case kHostDateTime:
         visit(model.datetimes);
-        return true;
+        break;
       default:
         return false;
     }
+    return true;
   }
   HostClass ClassByName(std::string_view name) const;
   std::string ClassName(HostClass cls) const;
