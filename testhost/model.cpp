@@ -43,18 +43,11 @@ void Runtime::Model::UnknownHandle(const char* operation, const char* what, uint
 }
 
 bool Runtime::Model::HandleKnown(int kind, uint32_t handle) const {
-  bool known = true;
-  if (VisitValueTable(*this, kind, [&](const auto& table) { known = table.count(handle) != 0; })) {
-    return known;
-  }
-  switch (kind) {
-    case kObjectSlot:
-      return handle == 0 || objects.count(handle) != 0;
-    case kArraySlot:
-      return handle == 0 || arrays.count(handle) != 0;
-    default:
-      return true;
-  }
+  if (kind == kObjectSlot) return handle == 0 || objects.count(handle) != 0;
+  if (kind == kArraySlot) return handle == 0 || arrays.count(handle) != 0;
+  bool known = true;  // a kind without handles
+  VisitValueTable(*this, kind, [&](const auto& table) { known = table.count(handle) != 0; });
+  return known;
 }
 
 HostClass Runtime::Model::ClassByName(std::string_view name) const {
@@ -108,17 +101,16 @@ Runtime::Stored Runtime::Model::Store(const Value& value) {
     stored.handle = value.AsObject();
     return stored;
   }
-  if (value.kind == kHostReal || value.kind == kHostDouble) {
-    stored.real = value.AsDouble();
-    return stored;
-  }
-  const auto add = [&](auto& table) {
-    using Thing = typename std::decay_t<decltype(table)>::mapped_type;
-    stored.handle = Add(table, std::get<Thing>(value.data));
-  };
-  // Kind any, or a kind the host doesn't serve: a value with nothing in it.
-  if (!VisitValueTable(*this, value.kind, add) && IsIntegerKind(value.kind)) {
+  if (IsIntegerKind(value.kind)) {
     stored.integer = value.AsInt();
+  } else if (value.kind == kHostReal || value.kind == kHostDouble) {
+    stored.real = value.AsDouble();
+  } else {
+    // Kind any, or a kind the host doesn't serve, stays a value with nothing in it.
+    VisitValueTable(*this, value.kind, [&](auto& table) {
+      using Thing = typename std::decay_t<decltype(table)>::mapped_type;
+      stored.handle = Add(table, std::get<Thing>(value.data));
+    });
   }
   return stored;
 }
@@ -157,12 +149,15 @@ void Runtime::Model::LoadInto(Value& value, HostValueKind kind, bool isArray, bo
     value.data = HostObject{stored.handle};
     return;
   }
-  if (kind == kHostReal || kind == kHostDouble) {
+  // Numbers first: most values are; the others are copied from their table.
+  if (IsIntegerKind(kind)) {
+    value.data = stored.integer;
+  } else if (kind == kHostReal || kind == kHostDouble) {
     value.data = stored.real;
-    return;
+  } else {
+    VisitValueTable(*this, kind,
+                    [&](const auto& table) { CopyFound(table, stored.handle, value.data); });
   }
-  const auto copy = [&](const auto& table) { CopyFound(table, stored.handle, value.data); };
-  if (!VisitValueTable(*this, kind, copy) && IsIntegerKind(kind)) value.data = stored.integer;
 }
 
 Value Runtime::Model::LoadArray(HostArray handle) {
