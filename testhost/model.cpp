@@ -43,11 +43,13 @@ void Runtime::Model::UnknownHandle(const char* operation, const char* what, uint
 }
 
 bool Runtime::Model::HandleKnown(int kind, uint32_t handle) const {
+  bool known = true;
+  if (VisitValueTable(*this, kind, [&](const auto& table) { known = table.count(handle) != 0; })) {
+    return known;
+  }
   if (kind == kObjectSlot) return handle == 0 || objects.count(handle) != 0;
   if (kind == kArraySlot) return handle == 0 || arrays.count(handle) != 0;
-  bool known = true;  // a kind without handles
-  VisitValueTable(*this, kind, [&](const auto& table) { known = table.count(handle) != 0; });
-  return known;
+  return true;  // a kind without handles
 }
 
 HostClass Runtime::Model::ClassByName(std::string_view name) const {
