@@ -3,9 +3,13 @@
 // of one kind never names a thing of another), and the bookkeeping that tests read.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -180,20 +184,68 @@ struct Runtime::CallFrame final : IHostArguments {
   HostCallInfo info{};
 };
 
+// Things of one sort by handle, found by indexing instead of hashing: the handles come from one
+// counter, so a table keeps the place of each handle up to the largest it holds. The things stay
+// where they are as the table grows (the finders remember them); an erased thing leaves its place
+// empty. The part of a hash map's interface that the host uses; find gives null for "none".
+template <typename Thing>
+class HandleTable {
+ public:
+  using mapped_type = Thing;
+  using value_type = std::pair<const uint32_t, Thing>;
+  using iterator = value_type*;
+  using const_iterator = const value_type*;
+
+  iterator find(uint32_t handle) {
+    if (handle >= places_.size() || places_[handle] == 0) return nullptr;
+    return &*things_[places_[handle] - 1];
+  }
+  const_iterator find(uint32_t handle) const {
+    return const_cast<HandleTable*>(this)->find(handle);
+  }
+  static iterator end() { return nullptr; }
+  size_t count(uint32_t handle) const { return find(handle) != nullptr ? 1 : 0; }
+  Thing& at(uint32_t handle) {
+    iterator found = find(handle);
+    if (found == nullptr) throw std::out_of_range("no such handle");
+    return found->second;
+  }
+  Thing& operator[](uint32_t handle) {
+    iterator found = find(handle);
+    return found != nullptr ? found->second : emplace(handle, Thing()).first->second;
+  }
+  std::pair<iterator, bool> emplace(uint32_t handle, Thing thing) {
+    if (iterator found = find(handle)) return {found, false};
+    if (handle >= places_.size()) places_.resize(std::max<size_t>(handle + 1, places_.size() * 2));
+    things_.emplace_back(std::in_place, handle, std::move(thing));
+    places_[handle] = static_cast<uint32_t>(things_.size());
+    return {&*things_.back(), true};
+  }
+  void erase(iterator found) {
+    const uint32_t handle = found->first;
+    things_[places_[handle] - 1].reset();
+    places_[handle] = 0;
+  }
+
+ private:
+  std::deque<std::optional<value_type>> things_;
+  std::vector<uint32_t> places_;  // by handle: the thing's place in things_ plus one, 0 for none
+};
+
 struct Runtime::Model {
   uint32_t nextHandle = 1;
   std::unordered_map<uint32_t, GroupDef> groups;
   std::map<std::pair<std::string, int>, HostGroup> groupsByName;
   std::unordered_map<uint32_t, ClassDef> classes;
-  std::unordered_map<uint32_t, ObjectData> objects;
+  HandleTable<ObjectData> objects;
   std::vector<HostObject> objectOrder;  // creation order, for an orderly end
-  std::unordered_map<uint32_t, ArrayData> arrays;
-  std::unordered_map<uint32_t, std::string> strings;
-  std::unordered_map<uint32_t, std::vector<uint8_t>> blobs;
-  std::unordered_map<uint32_t, DateParts> dates;
-  std::unordered_map<uint32_t, TimeParts> times;
-  std::unordered_map<uint32_t, DateTimeParts> datetimes;
-  std::unordered_map<uint32_t, std::string> decimals;
+  HandleTable<ArrayData> arrays;
+  HandleTable<std::string> strings;
+  HandleTable<std::vector<uint8_t>> blobs;
+  HandleTable<DateParts> dates;
+  HandleTable<TimeParts> times;
+  HandleTable<DateTimeParts> datetimes;
+  HandleTable<std::string> decimals;
 
   std::unordered_map<HostArrayInfo*, std::unique_ptr<HostArrayInfo>> arrayInfos;
   std::unordered_set<char*> decimalTexts;
@@ -212,7 +264,7 @@ struct Runtime::Model {
 
   // Stores a thing under a new handle.
   template <typename Thing>
-  uint32_t Add(std::unordered_map<uint32_t, Thing>& table, Thing thing) {
+  uint32_t Add(HandleTable<Thing>& table, Thing thing) {
     uint32_t handle = NewHandle();
     table.emplace(handle, std::move(thing));
     return handle;
@@ -239,9 +291,9 @@ struct Runtime::Model {
   LastFound<ArrayData> lastArray;
 
   // The thing a handle names; null, the misuse recorded, when it names none.
-  template <typename Thing>
-  Thing* Known(std::unordered_map<uint32_t, Thing>& table, LastFound<Thing>& last, uint32_t handle,
-               const char* operation, const char* what) {
+  template <typename Table, typename Thing = typename Table::mapped_type>
+  Thing* Known(Table& table, LastFound<Thing>& last, uint32_t handle, const char* operation,
+               const char* what) {
     if (handle != 0 && handle == last.handle) return last.thing;
     auto found = table.find(handle);
     if (found != table.end()) {
