@@ -54,7 +54,9 @@ class MessageStore {
   // same places (the names of an array's items, the type names of its fields): a text met at an
   // address lately, and still the same there, is found without hashing it.
   Interned& Intern(const char* text) {
-    Recent& recent = recent_[(reinterpret_cast<uintptr_t>(text) >> 3) % kRecentSlots];
+    // The address is mixed: texts in an array of like records lie a power of two apart.
+    const uint64_t mixed = reinterpret_cast<uintptr_t>(text) * 0x9E3779B97F4A7C15ull;
+    Recent& recent = recent_[mixed >> (64 - kRecentBits)];
     if (recent.source == text && std::strcmp(recent.interned->text, text) == 0) {
       return *recent.interned;
     }
@@ -95,7 +97,8 @@ class MessageStore {
     void* value;
   };
   static constexpr size_t kMemoSlots = 16;
-  static constexpr size_t kRecentSlots = 16;
+  static constexpr int kRecentBits = 6;
+  static constexpr size_t kRecentSlots = size_t{1} << kRecentBits;
   static constexpr size_t kAlignment = alignof(void*);  // enough for every object of the tree
 
   Interned** Slot(std::string_view text, uint32_t tableHash) const;
