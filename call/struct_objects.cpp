@@ -151,8 +151,8 @@ void WriteObject(ConversionContext& context, KeptType& kept) {
     return;
   }
   parameter.ClearValue();
-  parameter.AddAttribute(Vocabulary().type)
-      .Set(description.localName.c_str(), description.ns.c_str());
+  // The items of an array share one stored attribute table.
+  parameter.SetAttribute(Vocabulary().type, description.localName.c_str(), description.ns.c_str());
   WriteFields(context, description, parameter, record.value.handle);
 }
 
