@@ -5,9 +5,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <string>
 #include <tuple>
 
 #include "host/entry_points.h"
+#include "testhost/model.h"
 
 namespace testhost {
 namespace {
@@ -155,6 +157,28 @@ TEST_F(TesthostTest, CallHandsTheDescriptionToTheMarshalerAndReadsEverythingBack
 }
 
 // A library that isn't there, or a class description the runtime couldn't read, is refused.
+// Handles come from one counter for every sort of thing, so a table holds them sparsely; a thing
+// must stay where it was as the table grows (the finders remember its address).
+TEST(TesthostHandleTable, FindsWhatItHoldsByHandleAndKeepsItInPlace) {
+  HandleTable<std::string> table;
+  EXPECT_EQ(table.find(0), nullptr);
+  EXPECT_EQ(table.find(1000), nullptr);
+  std::string* first = &table.emplace(3, "three").first->second;
+  for (uint32_t handle = 5; handle < 5000; handle += 7)
+    table.emplace(handle, std::to_string(handle));
+  EXPECT_EQ(&table.at(3), first);
+  EXPECT_EQ(*first, "three");
+  EXPECT_FALSE(table.emplace(3, "again").second);
+  EXPECT_EQ(table.at(4996), "4996");
+  EXPECT_EQ(table.count(4), 0U);
+  EXPECT_EQ(table.count(4999), 0U);
+  table.erase(table.find(3));
+  EXPECT_EQ(table.find(3), table.end());
+  EXPECT_THROW(table.at(3), std::out_of_range);
+  EXPECT_EQ(table[12], "12");
+  EXPECT_EQ(table[6000], "");
+}
+
 TEST(TesthostDescription, WhatTheRuntimeCouldntLoadIsRefused) {
   static const char* text = nullptr;
   TSX_GetDescriptionFn describe = [] { return text; };
