@@ -40,7 +40,7 @@ const SOAPParameter& SOAPResponse::GetMethod() const {
 }
 
 void SOAPResponse::Reset() {
-  body_ = SOAPParameter();
+  body_.Reset();  // in place: no empty element made and copied
   if (store_ != nullptr) store_->Reset();
 }
 

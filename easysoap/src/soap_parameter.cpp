@@ -209,6 +209,19 @@ void SOAPParameter::ClearValue() {
   ownValue_.isStruct = false;
 }
 
+void SOAPParameter::Reset() {
+  DeleteOwnChildren();
+  ForgetStoredAttributes(ownValue_);
+  name_.GetName().Clear();
+  name_.GetNamespace().Clear();
+  ownValue_.text.Clear();
+  ownValue_.attributes = Attributes();
+  ownValue_.children = Children();
+  ownValue_.isNull = false;
+  ownValue_.isStruct = false;
+  value_ = &ownValue_;
+}
+
 void SOAPParameter::TakeOverAttributes(Data& data) {
   // Entries in a storage can't grow: copy them into a map of our own first. Added from the last
   // to the first, they end up chained in the order they had.

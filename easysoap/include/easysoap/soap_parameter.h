@@ -76,6 +76,8 @@ class EASYSOAP_API SOAPParameter {
   void SetNull(bool isNull = true) { value_->isNull = isNull; }
   // Empties text and children (and the struct mark); attributes stay.
   void ClearValue();
+  // Back to the state of a new element, name and attributes included, in place.
+  void Reset();
   void SetIsStruct() { value_->isStruct = true; }
   bool IsStruct() const { return value_->isStruct; }
 
