@@ -80,8 +80,9 @@ constinit const XmlDataTypeRow XmlDataTypeTable[kXmlDataTypeRowCount + 1] = {
 XmlTypeCode FindXmlType(std::string_view localName, const char* ns) {
   for (int index = 0; XmlDataTypeTable[index].name[0] != '\0'; ++index) {
     const XmlDataTypeRow& row = XmlDataTypeTable[index];
-    // Compared in full, so that "int" never finds "integer".
-    if (localName != row.name) continue;
+    // Compared in full, so that "int" never finds "integer"; the first character first, which
+    // passes over most rows without measuring their names.
+    if (localName.empty() || row.name[0] != localName[0] || localName != row.name) continue;
     // The first row with the name decides: a wrong namespace doesn't fall through to another row.
     if (!NamespaceGroupContains(row.namespaceGroup, ns)) return kNoXmlType;
     return XmlTypeCode{static_cast<int16_t>(index), row.hostKind};
