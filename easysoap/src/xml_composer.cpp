@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <iterator>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -97,10 +99,7 @@ class NamespacePrefixes {
  public:
   NamespacePrefixes() {
     entries_.reserve(8);
-    Add(ns::kEnvelope, "SOAP-ENV");
-    Add(ns::kEncoding, "SOAP-ENC");
-    Add(ns::kSchemaInstance, "xsi");
-    Add(ns::kSchema, "xsd");
+    for (const Standard& standard : kStandard) Add(standard.uri, std::string(standard.prefix));
   }
 
   void Use(const SOAPString& uri) {
@@ -127,19 +126,20 @@ class NamespacePrefixes {
   }
 
   void WriteDeclarations(Output& out, std::string& scratch) const {
-    for (const Entry& entry : entries_) {
-      out.Append(" xmlns:");
-      out.Append(entry.prefix);
-      out.Append("=\"");
-      scratch.clear();
-      EscapeError error =
-          AppendEscaped(scratch, entry.uri.data(), entry.uri.size(), EscapeContext::kAttribute);
-      if (error.reason != nullptr) {
-        throw SOAPException("Can't write the namespace name '%.200s': %s",
-                            std::string(entry.uri).c_str(), error.reason);
+    // The declarations of the SOAP encoding are the same in every request: written once, kept.
+    static const std::string standard = [] {
+      std::string text;
+      std::string escaped;
+      for (const Standard& entry : kStandard) {
+        WriteDeclaration([&](std::string_view piece) { text.append(piece); }, escaped, entry.prefix,
+                         entry.uri);
       }
-      out.Append(scratch);
-      out.Append("\"");
+      return text;
+    }();
+    out.Append(standard);
+    for (size_t i = std::size(kStandard); i < entries_.size(); ++i) {
+      WriteDeclaration([&](std::string_view piece) { out.Append(piece); }, scratch,
+                       entries_[i].prefix, entries_[i].uri);
     }
   }
 
@@ -151,6 +151,31 @@ class NamespacePrefixes {
     std::string_view uri;
     std::string prefix;
   };
+  struct Standard {
+    std::string_view uri;
+    std::string_view prefix;
+  };
+  static constexpr Standard kStandard[] = {{ns::kEnvelope, "SOAP-ENV"},
+                                           {ns::kEncoding, "SOAP-ENC"},
+                                           {ns::kSchemaInstance, "xsi"},
+                                           {ns::kSchema, "xsd"}};
+
+  // Writes one declaration through append (a piece at a time), its namespace escaped in scratch.
+  template <typename Append>
+  static void WriteDeclaration(Append append, std::string& scratch, std::string_view prefix,
+                               std::string_view uri) {
+    append(" xmlns:");
+    append(prefix);
+    append("=\"");
+    scratch.clear();
+    EscapeError error = AppendEscaped(scratch, uri.data(), uri.size(), EscapeContext::kAttribute);
+    if (error.reason != nullptr) {
+      throw SOAPException("Can't write the namespace name '%.200s': %s", std::string(uri).c_str(),
+                          error.reason);
+    }
+    append(scratch);
+    append("\"");
+  }
   struct Recent {
     const char* uri = nullptr;
     size_t entry = kUnknown;
