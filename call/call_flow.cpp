@@ -51,9 +51,6 @@ std::string_view TextOf(const SOAPException& failure) {
 // Steps of the call up to the response walk; every failure leaves as an exception.
 void PerformCall(const CallTarget& target, IHostSession& session, HostObject proxy,
                  const char* methodDescription, HostCallInfo& info, CallState& state) {
-  // The host runs none of its own code while a call is under way, so one code-page selection
-  // serves the request's texts and the answer's.
-  const HostCodePageHeld codePage;
   XMLComposer::SetAddWhiteSpace(true);
 
   // A cached proxy keeps what it was built with: endpoint, credentials, proxy server and style.
