@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <openssl/crypto.h>
 #include <openssl/err.h>
 #include <openssl/ssl.h>
 #include <poll.h>
@@ -134,6 +135,9 @@ void TlsLoopbackServer::Serve() {
     ServeOne(fd);
     close(fd);
   }
+  // OpenSSL keeps per-thread state (its private random generator) that only this call frees;
+  // without it a second server thread in the same process leaves it behind.
+  OPENSSL_thread_stop();
 }
 
 void TlsLoopbackServer::ServeOne(int fd) {
