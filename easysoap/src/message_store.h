@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+#include "easysoap/src/address_slot.h"
+
 namespace easysoap_internal {
 
 class MessageStore {
@@ -54,9 +56,7 @@ class MessageStore {
   // same places (the names of an array's items, the type names of its fields): a text met at an
   // address lately, and still the same there, is found without hashing it.
   Interned& Intern(const char* text) {
-    // The address is mixed: texts in an array of like records lie a power of two apart.
-    const uint64_t mixed = reinterpret_cast<uintptr_t>(text) * 0x9E3779B97F4A7C15ull;
-    Recent& recent = recent_[mixed >> (64 - kRecentBits)];
+    Recent& recent = recent_[AddressSlot(text, kRecentBits)];
     if (recent.source == text && std::strcmp(recent.interned->text, text) == 0) {
       return *recent.interned;
     }

@@ -8,10 +8,12 @@
 #include <string_view>
 #include <vector>
 
+#include "easysoap/src/address_slot.h"
 #include "easysoap/src/soap_namespaces.h"
 #include "easysoap/src/xml_escape.h"
 #include "support/values/soap_exception.h"
 
+using easysoap_internal::AddressSlot;
 using easysoap_internal::AppendEscaped;
 using easysoap_internal::EscapeContext;
 using easysoap_internal::EscapeError;
@@ -23,11 +25,6 @@ namespace {
 std::atomic<bool> addWhiteSpace{false};
 
 std::string_view View(const SOAPString& text) { return std::string_view(text.CStr()); }
-
-// The slot of a text among slots that remember texts by their addresses.
-size_t SlotOf(const char* text, size_t slots) {
-  return (reinterpret_cast<uintptr_t>(text) >> 3) % slots;
-}
 
 // The request's text, gathered in a chunk of its own and appended to the caller's buffer a chunk
 // at a time: pieces are copied in without a call each, and a chunk stays below the size from
@@ -146,7 +143,8 @@ class NamespacePrefixes {
  private:
   static constexpr size_t kNone = SIZE_MAX;  // a namespace without a prefix
   static constexpr size_t kUnknown = SIZE_MAX - 1;
-  static constexpr size_t kRecent = 8;
+  static constexpr int kRecentBits = 3;
+  static constexpr size_t kRecent = size_t{1} << kRecentBits;
   struct Entry {
     std::string_view uri;
     std::string prefix;
@@ -196,10 +194,12 @@ class NamespacePrefixes {
   // The tree doesn't change while it is written, so the texts of its elements are told apart by
   // their addresses: the few namespaces of a request come again and again from the same texts.
   size_t Recall(const char* uri) const {
-    const Recent& recent = recent_[SlotOf(uri, kRecent)];
+    const Recent& recent = recent_[AddressSlot(uri, kRecentBits)];
     return recent.uri == uri ? recent.entry : kUnknown;
   }
-  void Remember(const char* uri, size_t entry) { recent_[SlotOf(uri, kRecent)] = {uri, entry}; }
+  void Remember(const char* uri, size_t entry) {
+    recent_[AddressSlot(uri, kRecentBits)] = {uri, entry};
+  }
 
   std::vector<Entry> entries_;
   unsigned generated_ = 0;
@@ -420,7 +420,7 @@ class RequestWriter {
   // their addresses while the tree is written.
   std::string_view CheckedName(const SOAPString& name) {
     const char* text = name.CStr();
-    std::string_view& checked = checkedNames_[SlotOf(text, kCheckedNames)];
+    std::string_view& checked = checkedNames_[AddressSlot(text, kCheckedNameBits)];
     if (checked.data() == text) return checked;
     const size_t length = XmlNameLength(text);
     if (length == 0) {
@@ -462,7 +462,8 @@ class RequestWriter {
     if (whiteSpace_) out_.Append('\n');
   }
 
-  static constexpr size_t kCheckedNames = 8;
+  static constexpr int kCheckedNameBits = 3;
+  static constexpr size_t kCheckedNames = size_t{1} << kCheckedNameBits;
 
   Output out_;
   bool document_;

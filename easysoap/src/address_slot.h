@@ -1,0 +1,19 @@
+// Small tables that remember things by where they lie (a text met at an address lately) pick the
+// slot of an address here.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace easysoap_internal {
+
+// The slot of address among 2^bits slots. The address is mixed (Fibonacci hashing): the texts of
+// an array of like records lie a power of two apart, and their low bits alone would crowd into a
+// few slots.
+inline size_t AddressSlot(const void* address, int bits) {
+  const uint64_t mixed =
+      static_cast<uint64_t>(reinterpret_cast<uintptr_t>(address)) * 0x9E3779B97F4A7C15ull;
+  return static_cast<size_t>(mixed >> (64 - bits));
+}
+
+}  // namespace easysoap_internal
