@@ -248,14 +248,17 @@ std::optional<std::string> Ucs2ToCodePage(const char16_t* text) {
   return result;
 }
 
-// The length of text when it holds ASCII alone, which every code page the C runtime offers writes
-// as UTF-8 does: such a text is its own conversion both ways, in one copy.
-std::optional<size_t> AsciiLength(const char* text) {
+// The length of a text, and whether it holds ASCII alone, which every code page the C runtime
+// offers writes as UTF-8 does: such a text is its own conversion both ways, in one copy.
+struct MeasuredText {
+  size_t length;
+  bool ascii;
+};
+MeasuredText Measure(const char* text) {
   unsigned char seen = 0;
   size_t length = 0;
   for (; text[length] != '\0'; ++length) seen |= static_cast<unsigned char>(text[length]);
-  if (seen >= 0x80) return std::nullopt;
-  return length;
+  return {length, seen < 0x80};
 }
 
 }  // namespace
@@ -326,8 +329,9 @@ std::optional<std::u16string> Utf8ToUcs2(const char* text) {
 std::optional<std::string> HostTextToUtf8(const char* text) {
   if (text == nullptr) return std::nullopt;
   SelectHostCodePage();
-  if (const std::optional<size_t> length = AsciiLength(text)) return std::string(text, *length);
-  std::optional<std::u16string> units = CodePageToUcs2(text, std::strlen(text));
+  const MeasuredText measured = Measure(text);
+  if (measured.ascii) return std::string(text, measured.length);
+  std::optional<std::u16string> units = CodePageToUcs2(text, measured.length);
   if (!units) return std::nullopt;
   return Ucs2ToUtf8(units->c_str());
 }
@@ -335,8 +339,10 @@ std::optional<std::string> HostTextToUtf8(const char* text) {
 std::optional<std::string> Utf8ToHostText(const char* text) {
   if (text == nullptr) return std::nullopt;
   SelectHostCodePage();
-  if (const std::optional<size_t> length = AsciiLength(text)) return std::string(text, *length);
+  const MeasuredText measured = Measure(text);
+  if (measured.ascii) return std::string(text, measured.length);
   std::optional<std::u16string> units = Utf8ToUcs2(text);
+  if (!units) return std::nullopt;
   return Ucs2ToCodePage(units->c_str());
 }
 
