@@ -210,8 +210,7 @@ void SOAPParameter::ClearValue() {
 }
 
 void SOAPParameter::Reset() {
-  DeleteOwnChildren();
-  ForgetStoredAttributes(ownValue_);
+  ReleaseStored();
   name_.GetName().Clear();
   name_.GetNamespace().Clear();
   ownValue_.text.Clear();
