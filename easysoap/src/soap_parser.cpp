@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,9 +31,14 @@ namespace ns = easysoap_internal::namespaces;
 
 namespace {
 
-// Expat joins namespace, local name and prefix with this character. It can't occur in a name or
-// a namespace name, since XML doesn't allow it in a document at all.
-constexpr char kNameSeparator = '\x01';
+// Expat reads the answer without namespaces: the reader resolves prefixes itself, against the
+// declarations it keeps anyway for qualified-name values, which spares expat's own bookkeeping
+// (about 3,000 instructions a declaration). It refuses what expat reading with namespaces would,
+// with expat's words. "xml" stands for its namespace without a declaration; neither it nor the
+// declarations' own namespace may be declared for another prefix.
+constexpr std::string_view kXmlNamespace = "http://www.w3.org/XML/1998/namespace";
+constexpr std::string_view kXmlnsNamespace = "http://www.w3.org/2000/xmlns/";
+constexpr size_t kNone = std::string_view::npos;
 
 // Only the first part of a fault detail goes into the exception text; capturing stops soon after.
 constexpr size_t kDetailCaptureLimit = 8192;
@@ -53,23 +59,85 @@ constexpr size_t kBytesPerChildSlot = 2 * sizeof(SOAPParameter*);
 // parse lasts; about this much a name, measured with answers of a million distinct names.
 constexpr size_t kExpatBytesPerName = 96;
 
+// A name of the answer, its prefix resolved.
 struct SplitName {
-  std::string_view uri;
+  std::string_view uri;  // empty for none
   std::string_view local;
   std::string_view prefix;
+  const MessageStore::Interned* uriEntry = nullptr;  // the uri as the response keeps it
 };
 
-SplitName Split(const char* name) {
-  std::string_view text(name);
-  size_t first = text.find(kNameSeparator);
-  if (first == std::string_view::npos) return {{}, text, {}};
-  SplitName split{text.substr(0, first), text.substr(first + 1), {}};
-  size_t second = split.local.find(kNameSeparator);
-  if (second != std::string_view::npos) {
-    split.prefix = split.local.substr(second + 1);
-    split.local = split.local.substr(0, second);
+// Where a name stops being a qualified name for expat reading with namespaces: the offset of the
+// character it stops at (a leading or second colon, or what follows a colon when no name can
+// begin with it, the end of the name included); kNone for a qualified name.
+size_t MisplacedColon(std::string_view name) {
+  const size_t colon = name.find(':');
+  if (colon == kNone) return kNone;
+  if (colon == 0) return 0;
+  if (colon + 1 == name.size()) return name.size();
+  const auto next = static_cast<unsigned char>(name[colon + 1]);
+  const bool beginsName =
+      next >= 0x80 || next == '_' || (next >= 'A' && next <= 'Z') || (next >= 'a' && next <= 'z');
+  return beginsName ? name.find(':', colon + 1) : colon + 1;
+}
+
+// The prefix that an attribute named so declares ("xmlns:p"; the empty one for "xmlns", the
+// default namespace), or nothing for an attribute that declares none.
+std::optional<std::string_view> DeclaredPrefix(std::string_view name) {
+  if (!name.starts_with("xmlns")) return std::nullopt;
+  if (name.size() == 5) return std::string_view();
+  if (name[5] != ':') return std::nullopt;
+  return name.substr(6);
+}
+
+// Why a prefix may not stand for a namespace (the empty prefix: the default namespace), as expat
+// says it; XML_ERROR_NONE when it may.
+XML_Error RefusedDeclaration(std::string_view prefix, std::string_view uri) {
+  if (uri.empty() && !prefix.empty()) return XML_ERROR_UNDECLARING_PREFIX;
+  if (prefix == "xmlns") return XML_ERROR_RESERVED_PREFIX_XMLNS;
+  const bool mustBeXml = prefix == "xml";
+  if (mustBeXml != (uri == kXmlNamespace)) {
+    return mustBeXml ? XML_ERROR_RESERVED_PREFIX_XML : XML_ERROR_RESERVED_NAMESPACE_URI;
   }
-  return split;
+  if (uri == kXmlnsNamespace) return XML_ERROR_RESERVED_NAMESPACE_URI;
+  return XML_ERROR_NONE;
+}
+
+// Where the index-th name of a start tag begins (0: the element's, then its attributes' in the
+// order written), or kNone.
+size_t NameInTag(std::string_view tag, uint32_t index) {
+  auto isSpace = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+  size_t at = 1;  // behind "<"
+  for (uint32_t name = 0;; ++name) {
+    if (name == index) return at < tag.size() ? at : kNone;
+    while (at < tag.size() && !isSpace(tag[at]) && tag[at] != '=' && tag[at] != '/' &&
+           tag[at] != '>') {
+      ++at;
+    }
+    if (name != 0) {  // an attribute's value follows its name
+      at = tag.find_first_of("\"'", at);
+      if (at == kNone) return kNone;
+      at = tag.find(tag[at], at + 1);
+      if (at == kNone) return kNone;
+      ++at;
+    }
+    while (at < tag.size() && isSpace(tag[at])) ++at;
+  }
+}
+
+// Moves a position (expat's: lines from 1, columns from 0, counted in characters) over UTF-8
+// text; CR LF is one line break.
+void Advance(std::string_view text, unsigned long& line, unsigned long& column) {
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    if (c == '\r' || c == '\n') {
+      ++line;
+      column = 0;
+      if (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
+    } else if ((c & 0xC0) != 0x80) {
+      ++column;
+    }
+  }
 }
 
 bool IsSchemaInstance(std::string_view uri) {
@@ -206,7 +274,8 @@ class SOAPParser::Reader {
                           static_cast<unsigned long long>(limits_->maxBytes));
     }
     memoryLimit_ = limits_->memoryPerByte * uint64_t{size} + SOAPParser::kMemoryAllowance;
-    if (!IsUtf16(data, size)) {
+    utf16_ = IsUtf16(data, size);
+    if (!utf16_) {
       size_t overlong = FindOverlongTag({data, size}, limits_->maxTagBytes);
       if (overlong != std::string_view::npos) {
         throw SOAPException("The answer holds a tag longer than the limit of %u bytes at byte %zu",
@@ -226,10 +295,7 @@ class SOAPParser::Reader {
       if (offset != 0) CheckDeadline();
       if (XML_Parse(parser_, data + offset, static_cast<int>(piece), last) != XML_STATUS_OK) {
         if (failure_) std::rethrow_exception(failure_);
-        throw SOAPException("The answer is not well-formed XML: %s at line %lu, column %lu",
-                            XML_ErrorString(XML_GetErrorCode(parser_)),
-                            static_cast<unsigned long>(XML_GetCurrentLineNumber(parser_)),
-                            static_cast<unsigned long>(XML_GetCurrentColumnNumber(parser_)) + 1);
+        NotWellFormedHere(XML_GetErrorCode(parser_));
       }
       offset += piece;
     } while (offset < size);
@@ -275,7 +341,8 @@ class SOAPParser::Reader {
     nextClockRead_ = kWorkBetweenClockReads;
     memoryLimit_ = 0;
     elementsStored_ = 0;
-    declarationsOfNextElement_ = 0;
+    declarationsOpen_.clear();
+    tagAttributes_.clear();
     captureFrom_ = 0;
     detail_.clear();
     captureScope_.clear();
@@ -289,12 +356,11 @@ class SOAPParser::Reader {
       parser_ = nullptr;
     }
     if (parser_ == nullptr) {
-      parser_ = XML_ParserCreateNS(encoding, kNameSeparator);
+      parser_ = XML_ParserCreate(encoding);
       if (parser_ == nullptr) throw SOAPMemoryException();
     }
     if (hashSalt_ != 0) XML_SetHashSalt(parser_, hashSalt_);
     XML_SetUserData(parser_, this);
-    XML_SetReturnNSTriplet(parser_, 1);
     XML_SetParamEntityParsing(parser_, XML_PARAM_ENTITY_PARSING_NEVER);
 #if XML_MAJOR_VERSION > 2 || (XML_MAJOR_VERSION == 2 && XML_MINOR_VERSION >= 4)
     // A second line of defence: declarations are refused below, before any could be expanded.
@@ -303,7 +369,6 @@ class SOAPParser::Reader {
 #endif
     XML_SetElementHandler(parser_, &Reader::OnStart, &Reader::OnEnd);
     XML_SetCharacterDataHandler(parser_, &Reader::OnText);
-    XML_SetNamespaceDeclHandler(parser_, &Reader::OnNamespaceStart, &Reader::OnNamespaceEnd);
     XML_SetStartDoctypeDeclHandler(parser_, &Reader::OnDoctype);
     XML_SetEntityDeclHandler(parser_, &Reader::OnEntityDecl);
     XML_SetExternalEntityRefHandler(parser_, &Reader::OnExternalEntity);
@@ -320,14 +385,6 @@ class SOAPParser::Reader {
   }
   static void XMLCALL OnText(void* self, const XML_Char* text, int length) {
     static_cast<Reader*>(self)->Guard([&](Reader& r) { r.Text(text, length); });
-  }
-  static void XMLCALL OnNamespaceStart(void* self, const XML_Char* prefix, const XML_Char* uri) {
-    static_cast<Reader*>(self)->Guard(
-        [&](Reader& r) { r.Declare(prefix != nullptr ? prefix : "", uri != nullptr ? uri : ""); });
-  }
-  static void XMLCALL OnNamespaceEnd(void* self, const XML_Char* prefix) {
-    static_cast<Reader*>(self)->Guard(
-        [&](Reader& r) { r.Undeclare(prefix != nullptr ? prefix : ""); });
   }
   static void XMLCALL OnDoctype(void* self, const XML_Char*, const XML_Char*, const XML_Char*,
                                 int) {
@@ -364,7 +421,15 @@ class SOAPParser::Reader {
 
   // --- the document ----------------------------------------------------------------------
 
+  // A start tag's names are read as expat reading with namespaces reads them: the colons first,
+  // then its declarations in the order written, then the prefixes of its attributes and its own;
+  // what expat would refuse is refused with its words, at the place it would name.
   void Start(const XML_Char* rawName, const XML_Char** attributes) {
+    CheckColons(rawName, attributes);
+    declarationsOpen_.push_back(DeclareNamespaces(attributes));
+    ResolveAttributes(attributes);
+    SplitName name;
+    if (!Resolve(rawName, false, name)) NotWellFormedHere(XML_ERROR_UNBOUND_PREFIX);
     ++depth_;
     if (depth_ > limits_->maxDepth) {
       throw SOAPException("The answer nests elements deeper than the limit of %u levels",
@@ -374,16 +439,13 @@ class SOAPParser::Reader {
       throw SOAPException("The answer holds more than the limit of %u elements",
                           limits_->maxElements);
     }
-    uint32_t attributeCount = 0;
-    while (attributes[2 * attributeCount] != nullptr) ++attributeCount;
+    const auto attributeCount = static_cast<uint32_t>(tagAttributes_.size());
     if (attributeCount > limits_->maxAttributes) {
       throw SOAPException("The answer gives an element more than the limit of %u attributes",
                           limits_->maxAttributes);
     }
-    declarationsOfNextElement_ = 0;
     Work(1 + attributeCount);
     if (skipFrom_ != 0) return;
-    SplitName name = Split(rawName);
     if (depth_ == 1) {
       StartEnvelope(name);
       return;
@@ -399,7 +461,124 @@ class SOAPParser::Reader {
       return;
     }
     if (open_.empty()) return;
-    StartBodyElement(name, attributes, attributeCount);
+    StartBodyElement(name);
+  }
+
+  void CheckColons(const XML_Char* rawName, const XML_Char** attributes) const {
+    size_t at = MisplacedColon(rawName);
+    if (at != kNone) NotWellFormedInName(0, at);
+    for (uint32_t i = 0; attributes[2 * i] != nullptr; ++i) {
+      at = MisplacedColon(attributes[2 * i]);
+      if (at != kNone) NotWellFormedInName(i + 1, at);
+    }
+  }
+
+  // Returns how many the tag declares.
+  uint32_t DeclareNamespaces(const XML_Char** attributes) {
+    uint32_t declared = 0;
+    for (const XML_Char** attribute = attributes; *attribute != nullptr; attribute += 2) {
+      const std::optional<std::string_view> prefix = DeclaredPrefix(attribute[0]);
+      if (!prefix) continue;
+      const std::string_view uri(attribute[1]);
+      const XML_Error refused = RefusedDeclaration(*prefix, uri);
+      if (refused != XML_ERROR_NONE) NotWellFormedHere(refused);
+      if (++declared > limits_->maxDeclarations) {
+        throw SOAPException(
+            "The answer declares more than the limit of %u namespaces on an element",
+            limits_->maxDeclarations);
+      }
+      Declare(*prefix, uri);
+    }
+    return declared;
+  }
+
+  // The tag's attributes but its declarations, in the order written, their names resolved.
+  void ResolveAttributes(const XML_Char** attributes) {
+    tagAttributes_.clear();
+    bool unbound = false;
+    for (const XML_Char** attribute = attributes; *attribute != nullptr; attribute += 2) {
+      if (DeclaredPrefix(attribute[0])) continue;
+      TagAttribute& resolved = tagAttributes_.emplace_back(TagAttribute{attribute[1], {}});
+      if (!Resolve(attribute[0], true, resolved.name)) {
+        unbound = true;  // expat stops here; a repeated name before still counts first
+        break;
+      }
+    }
+    if (NamesOneAttributeTwice()) NotWellFormedHere(XML_ERROR_DUPLICATE_ATTRIBUTE);
+    if (unbound) NotWellFormedHere(XML_ERROR_UNBOUND_PREFIX);
+  }
+
+  // Whether two prefixes of the tag's attributes stand for one namespace before one local name
+  // (expat has refused the same name written twice already).
+  bool NamesOneAttributeTwice() {
+    prefixedNames_.clear();
+    for (const TagAttribute& attribute : tagAttributes_) {
+      if (attribute.name.uriEntry != nullptr) {
+        prefixedNames_.emplace_back(reinterpret_cast<uintptr_t>(attribute.name.uriEntry),
+                                    attribute.name.local);
+      }
+    }
+    if (prefixedNames_.size() < 2) return false;
+    std::sort(prefixedNames_.begin(), prefixedNames_.end());
+    return std::adjacent_find(prefixedNames_.begin(), prefixedNames_.end()) != prefixedNames_.end();
+  }
+
+  // The namespace of a name: its prefix's, or for an element's name without one the default
+  // namespace (an attribute's has none). False for a prefix that isn't declared.
+  bool Resolve(std::string_view raw, bool isAttribute, SplitName& name) const {
+    const size_t colon = raw.find(':');
+    name = SplitName{};
+    if (colon == kNone) {
+      name.local = raw;
+      if (!isAttribute) name.uriEntry = BoundNamespace({});
+    } else {
+      name.prefix = raw.substr(0, colon);
+      name.local = raw.substr(colon + 1);
+      name.uriEntry = BoundNamespace(name.prefix);
+      if (name.uriEntry == nullptr) {
+        if (name.prefix != "xml") return false;
+        name.uriEntry = &store_->Intern(kXmlNamespace);
+      }
+    }
+    name.uri = View(name.uriEntry);
+    return true;
+  }
+
+  // The namespace a prefix stands for here (the empty prefix: the default namespace); null for
+  // none.
+  const MessageStore::Interned* BoundNamespace(std::string_view prefix) const {
+    const MessageStore::Interned* declared = store_->FindInterned(prefix);
+    if (declared == nullptr || declared->binding == 0) return nullptr;
+    const MessageStore::Interned* uri = bindings_[declared->binding - 1].uri;
+    return uri->length != 0 ? uri : nullptr;
+  }
+
+  [[noreturn]] static void NotWellFormed(XML_Error error, unsigned long line,
+                                         unsigned long column) {
+    throw SOAPException("The answer is not well-formed XML: %s at line %lu, column %lu",
+                        XML_ErrorString(error), line, column + 1);
+  }
+  // At the place expat reports: in a handler, the start of the tag.
+  [[noreturn]] void NotWellFormedHere(XML_Error error) const {
+    NotWellFormed(error, static_cast<unsigned long>(XML_GetCurrentLineNumber(parser_)),
+                  static_cast<unsigned long>(XML_GetCurrentColumnNumber(parser_)));
+  }
+  // At the character offset bytes into the tag's index-th name (see NameInTag), found in the
+  // text expat still holds; at the tag where it can't be found (a UTF-16 answer).
+  [[noreturn]] void NotWellFormedInName(uint32_t index, size_t offset) const {
+    auto line = static_cast<unsigned long>(XML_GetCurrentLineNumber(parser_));
+    auto column = static_cast<unsigned long>(XML_GetCurrentColumnNumber(parser_));
+    int at = 0;
+    int size = 0;
+    const char* context = XML_GetInputContext(parser_, &at, &size);
+    if (context != nullptr && !utf16_ && at >= 0 && at < size) {
+      const std::string_view tag(context + at, static_cast<size_t>(size - at));
+      const size_t nameAt = NameInTag(tag, index);
+      if (nameAt != kNone && nameAt + offset <= tag.size()) {
+        Advance(tag.substr(0, nameAt + offset), line, column);
+      }
+    }
+    NotWellFormed(XML_ERROR_INVALID_TOKEN, line, column);
   }
 
   void StartEnvelope(const SplitName& name) {
@@ -417,8 +596,7 @@ class SOAPParser::Reader {
 
   // Elements, their names and attribute entries are made in the response's storage; names and
   // namespaces are kept there once.
-  void StartBodyElement(const SplitName& name, const XML_Char** attributes,
-                        uint32_t attributeCount) {
+  void StartBodyElement(const SplitName& name) {
     OpenElement& parent = open_.back();
     parent.hasChildElement = true;
     SOAPParameter& element = *store_->New<SOAPParameter>();
@@ -430,15 +608,16 @@ class SOAPParser::Reader {
       throw;
     }
     ++elementsStored_;
-    element.ReferName(store_->Intern(name.local).text, InternedOrNull(name.uri));
-    if (attributeCount != 0) AddAttributes(element, attributes, attributeCount);
+    element.ReferName(store_->Intern(name.local).text,
+                      name.uriEntry != nullptr ? name.uriEntry->text : nullptr);
+    if (!tagAttributes_.empty()) AddAttributes(element);
 
     if (depth_ == 3 && !sawMethod_) {
       sawMethod_ = true;
       isFault_ = name.local == "Fault" && name.uri == ns::kEnvelope;
     }
     if (captureFrom_ != 0) {
-      CaptureStart(name, attributes);
+      CaptureStart(name);
     } else if (isFault_ && depth_ == 4 && name.local == "detail") {
       captureFrom_ = depth_;
     }
@@ -449,17 +628,13 @@ class SOAPParser::Reader {
     CheckMemory();
   }
 
-  const char* InternedOrNull(std::string_view text) {
-    return text.empty() ? nullptr : store_->Intern(text).text;
-  }
-
   // The entries are chained into a table of their own size, as the map would find them. Parsed
   // entries never change (AddAttribute takes them over first), so an element whose attributes
   // are those of the element before (the items of an array) shares that element's table.
-  void AddAttributes(SOAPParameter& element, const XML_Char** attributes, uint32_t count) {
-    if (!SameAsLast(attributes, count)) StoreAttributes(attributes, count);
+  void AddAttributes(SOAPParameter& element) {
+    if (!SameAsLast()) StoreAttributes();
     SOAPParameter::Data& data = element.GetValue();
-    data.attributes.Adopt(lastTable_, lastBuckets_, count);
+    data.attributes.Adopt(lastTable_, lastBuckets_, static_cast<uint32_t>(tagAttributes_.size()));
     data.storedAttributes = true;
     for (const StoredAttribute& attribute : lastAttributes_) {
       std::string_view local = View(attribute.local);
@@ -476,31 +651,31 @@ class SOAPParser::Reader {
     }
   }
 
-  bool SameAsLast(const XML_Char** attributes, uint32_t count) const {
-    if (count != lastAttributes_.size()) return false;
-    for (uint32_t i = 0; i < count; ++i) {
-      SplitName name = Split(attributes[2 * i]);
+  bool SameAsLast() const {
+    if (tagAttributes_.size() != lastAttributes_.size()) return false;
+    for (size_t i = 0; i < tagAttributes_.size(); ++i) {
+      const TagAttribute& attribute = tagAttributes_[i];
       const StoredAttribute& last = lastAttributes_[i];
-      if (name.local != View(last.local) || name.uri != View(last.uri) ||
-          std::strcmp(attributes[2 * i + 1], last.text) != 0) {
+      if (attribute.name.local != View(last.local) || attribute.name.uriEntry != last.uri ||
+          std::strcmp(attribute.value, last.text) != 0) {
         return false;
       }
     }
     return true;
   }
 
-  void StoreAttributes(const XML_Char** attributes, uint32_t count) {
+  void StoreAttributes() {
     using Entry = SOAPParameter::Attributes::Entry;
     lastAttributes_.clear();
     lastBuckets_ = 1;
-    while (lastBuckets_ < count) lastBuckets_ *= 2;
+    while (lastBuckets_ < tagAttributes_.size()) lastBuckets_ *= 2;
     lastTable_ = static_cast<Entry**>(store_->Allocate(sizeof(Entry*) * size_t{lastBuckets_}));
     std::fill(lastTable_, lastTable_ + lastBuckets_, nullptr);
-    for (const XML_Char** attribute = attributes; *attribute != nullptr; attribute += 2) {
-      SplitName name = Split(attribute[0]);
-      const char* value = attribute[1];
+    for (const TagAttribute& attribute : tagAttributes_) {
+      const SplitName& name = attribute.name;
+      const char* value = attribute.value;
       const MessageStore::Interned& local = store_->Intern(name.local);
-      const MessageStore::Interned* uri = name.uri.empty() ? nullptr : &store_->Intern(name.uri);
+      const MessageStore::Interned* uri = name.uriEntry;
       bool qnameValued = IsQNameValued(name);
       // Qualified-name values ("xsd:int") repeat from element to element; others are copied.
       const char* text = qnameValued ? store_->Intern(value).text : store_->Copy(value);
@@ -524,11 +699,7 @@ class SOAPParser::Reader {
   // text without prefix; null when the prefix isn't declared (or declared empty).
   const MessageStore::Interned* PrefixNamespace(std::string_view qname) const {
     size_t colon = qname.find(':');
-    const MessageStore::Interned* prefix = store_->FindInterned(
-        colon == std::string_view::npos ? std::string_view() : qname.substr(0, colon));
-    if (prefix == nullptr || prefix->binding == 0) return nullptr;
-    const MessageStore::Interned* uri = bindings_[prefix->binding - 1].uri;
-    return uri->length != 0 ? uri : nullptr;
+    return BoundNamespace(colon == kNone ? std::string_view() : qname.substr(0, colon));
   }
   static std::string_view View(const MessageStore::Interned* text) {
     return text != nullptr ? std::string_view(text->text, text->length) : std::string_view();
@@ -536,11 +707,7 @@ class SOAPParser::Reader {
 
   // Declarations in force, a stack whose entries chain the earlier declarations of their prefix;
   // each prefix knows its latest.
-  void Declare(const char* prefix, const char* uri) {
-    if (++declarationsOfNextElement_ > limits_->maxDeclarations) {
-      throw SOAPException("The answer declares more than the limit of %u namespaces on an element",
-                          limits_->maxDeclarations);
-    }
+  void Declare(std::string_view prefix, std::string_view uri) {
     Work(1);
     lastAttributes_.clear();  // a qualified-name value may mean another namespace now
     MessageStore::Interned& declared = store_->Intern(prefix);
@@ -548,12 +715,13 @@ class SOAPParser::Reader {
     declared.binding = static_cast<uint32_t>(bindings_.size());
     CheckMemory();
   }
-  // Expat ends an element's declarations in the reverse order of their start.
-  void Undeclare(const char* prefix) {
-    if (bindings_.empty() || std::strcmp(bindings_.back().prefix->text, prefix) != 0) return;
-    lastAttributes_.clear();
-    bindings_.back().prefix->binding = bindings_.back().previous;
-    bindings_.pop_back();
+  // Ends the latest count declarations, which an element made.
+  void Undeclare(uint32_t count) {
+    if (count != 0) lastAttributes_.clear();
+    for (; count != 0; --count) {
+      bindings_.back().prefix->binding = bindings_.back().previous;
+      bindings_.pop_back();
+    }
   }
 
   void Text(const XML_Char* text, int length) {
@@ -562,7 +730,14 @@ class SOAPParser::Reader {
     if (captureFrom_ != 0) CaptureText(text, static_cast<size_t>(length));
   }
 
+  // An element's declarations end after it.
   void End(const XML_Char* rawName) {
+    EndElement(rawName);
+    Undeclare(declarationsOpen_.back());
+    declarationsOpen_.pop_back();
+  }
+
+  void EndElement(const XML_Char* rawName) {
     if (skipFrom_ != 0) {
       if (depth_ == skipFrom_) skipFrom_ = 0;
       --depth_;
@@ -633,20 +808,21 @@ class SOAPParser::Reader {
   // The detail's content is written back as XML text, in UTF-8 whatever the answer's encoding.
   // Every prefix it uses is declared where it is first needed, also those the answer declared
   // further out, so that the text stands on its own.
-  void CaptureStart(const SplitName& name, const XML_Char** attributes) {
+  void CaptureStart(const SplitName& name) {
     if (detail_.size() > kDetailCaptureLimit) return;
     std::string declarations;
     detail_.push_back('<');
     AppendCapturedName(name, declarations);
-    for (const XML_Char** attribute = attributes; *attribute != nullptr; attribute += 2) {
-      SplitName attributeName = Split(attribute[0]);
+    for (const TagAttribute& attribute : tagAttributes_) {
+      const SplitName& attributeName = attribute.name;
       detail_.push_back(' ');
       AppendCapturedName(attributeName, declarations);
       detail_.append("=\"");
-      AppendEscaped(detail_, attribute[1], std::strlen(attribute[1]), EscapeContext::kAttribute);
+      AppendEscaped(detail_, attribute.value, std::strlen(attribute.value),
+                    EscapeContext::kAttribute);
       detail_.push_back('"');
       if (IsQNameValued(attributeName)) {
-        std::string_view value(attribute[1]);
+        std::string_view value(attribute.value);
         size_t colon = value.find(':');
         if (colon != std::string_view::npos) {
           DeclareForCapture(value.substr(0, colon), View(PrefixNamespace(value)), declarations);
@@ -685,10 +861,7 @@ class SOAPParser::Reader {
   void CaptureEnd(const XML_Char* rawName) {
     while (!captureScope_.empty() && captureScope_.back().depth == depth_) captureScope_.pop_back();
     if (detail_.size() > kDetailCaptureLimit) return;
-    SplitName name = Split(rawName);
-    detail_.append("</");
-    if (!name.prefix.empty()) detail_.append(name.prefix).push_back(':');
-    detail_.append(name.local).push_back('>');
+    detail_.append("</").append(rawName).push_back('>');
   }
 
   XML_Parser parser_ = nullptr;
@@ -733,7 +906,17 @@ class SOAPParser::Reader {
   uint64_t nextClockRead_ = kWorkBetweenClockReads;
   uint64_t memoryLimit_ = 0;
   uint64_t elementsStored_ = 0;
-  uint32_t declarationsOfNextElement_ = 0;  // expat reports them before the element's start
+  bool utf16_ = false;  // the answer's encoding, for finding a place in a tag
+
+  // The start tag being read: its attributes but its declarations. And for every open element,
+  // how many declarations it made.
+  struct TagAttribute {
+    const XML_Char* value;
+    SplitName name;
+  };
+  std::vector<TagAttribute> tagAttributes_;
+  std::vector<std::pair<uintptr_t, std::string_view>> prefixedNames_;
+  std::vector<uint32_t> declarationsOpen_;
 
   struct CaptureDeclaration {
     std::string prefix;

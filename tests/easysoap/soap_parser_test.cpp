@@ -4,6 +4,7 @@
 // hostile server can't push past, and the deadline.
 #include "easysoap/soap_parser.h"
 
+#include <expat.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -144,6 +145,65 @@ std::string Packed(const std::string& code, const std::string& text, const std::
 }
 
 // A fault is a SOAPFaultException with the packed text; what is no usable answer a SOAPException.
+// Expat reading with namespaces: "" for a document it accepts, else its verdict as the parser
+// words it.
+std::string ExpatWithNamespaces(const std::string& document) {
+  XML_Parser parser = XML_ParserCreateNS(nullptr, '\x01');
+  std::string verdict;
+  if (XML_Parse(parser, document.data(), static_cast<int>(document.size()), 1) != XML_STATUS_OK) {
+    verdict = "The answer is not well-formed XML: " +
+              std::string(XML_ErrorString(XML_GetErrorCode(parser))) + " at line " +
+              std::to_string(XML_GetCurrentLineNumber(parser)) + ", column " +
+              std::to_string(XML_GetCurrentColumnNumber(parser) + 1);
+  }
+  XML_ParserFree(parser);
+  return verdict;
+}
+
+// The parser resolves prefixes itself; what it refuses, and where, is what expat reading with
+// namespaces refuses, in the Header and in the Body, on one line or across several.
+TEST(SoapParserTest, RefusesNamespaceMistakesAsExpatWould) {
+  const std::string envelope =
+      "<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'>\n<e:Body>";
+  const char* const tags[] = {
+      "<m/>",
+      "<m xml:lang='en' xmlns:xml='http://www.w3.org/XML/1998/namespace'/>",
+      "<m xmlns='urn:d'><n xmlns=''/></m>",
+      "<p:m/>",
+      "<m p:a='1'/>",
+      "<xmlns:m/>",
+      "<m xmlns:p='urn:p'/><p:n/>",
+      "<m a:x='1' b:x='2' xmlns:a='urn:u' xmlns:b='urn:u'/>",
+      "<m a:x='1' xmlns:a='urn:u' a:y='2' xmlns:b='urn:v' b:x='3'/>",
+      "<m a:x='1' b:x='2' c:x='3' xmlns:a='urn:u' xmlns:b='urn:u'/>",
+      "<m xmlns:a=''/>",
+      "<m xmlns:xmlns='urn:p'/>",
+      "<m xmlns:xml='urn:p'/>",
+      "<m xmlns:p='http://www.w3.org/XML/1998/namespace'/>",
+      "<m xmlns='http://www.w3.org/XML/1998/namespace'/>",
+      "<m xmlns:p='http://www.w3.org/2000/xmlns/'/>",
+      "<m xmlns='http://www.w3.org/2000/xmlns/'/>",
+      "<a:b:c xmlns:a='urn:u'/>",
+      "<:m/>",
+      "<m:/>",
+      "<m:1/>",
+      "<m a::b='1'/>",
+      "<m\n  x='1'\r\n  y:='2'/>",
+      "<m x='\xC3\xA9' :y='2'/>",
+      "<m xmlns:='urn:p'/>",
+      "<m xmlns:p='urn:p' a='1' p:b:c='2'/>",
+  };
+  for (const char* tag : tags) {
+    for (const std::string& document :
+         {envelope + tag + "</e:Body></e:Envelope>",
+          "<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'><e:Header>" +
+              std::string(tag) + "</e:Header><e:Body/></e:Envelope>"}) {
+      SCOPED_TRACE(document);
+      EXPECT_EQ(ParseOutcome(document).text, ExpatWithNamespaces(document));
+    }
+  }
+}
+
 TEST(SoapParserTest, ReadsFaultsAndRefusesWhatItCantUse) {
   std::string deep;
   for (int i = 0; i < 300; ++i) deep = "<d>" + deep + "</d>";
