@@ -24,6 +24,25 @@ void InitializeCurlOnce() {
   });
 }
 
+constexpr const char* kUserAgent = "tssoapclient90";
+
+// The answer encodings this libcurl decodes, as it would list them itself for
+// CURLOPT_ACCEPT_ENCODING "".
+const std::string& DecodedEncodings() {
+  static const std::string encodings = [] {
+    const curl_version_info_data* info = curl_version_info(CURLVERSION_NOW);
+    std::string list;
+    for (auto [feature, names] : {std::pair{CURL_VERSION_LIBZ, "deflate, gzip"},
+                                  std::pair{CURL_VERSION_BROTLI, "br"},
+                                  std::pair{CURL_VERSION_ZSTD, "zstd"}}) {
+      if ((info->features & feature) == 0) continue;
+      list.append(list.empty() ? "" : ", ").append(names);
+    }
+    return list.empty() ? std::string("identity") : list;
+  }();
+  return encodings;
+}
+
 // The charset parameter of a Content-Type value, without quotes.
 std::string CharsetOf(const std::string& contentType) {
   std::string lower = contentType;
@@ -147,8 +166,9 @@ HttpTransport::HttpTransport(ServiceAddress service, std::optional<ServiceAddres
   curl_easy_setopt(h, CURLOPT_TIMEOUT, timeoutSeconds_);
   curl_easy_setopt(h, CURLOPT_CONNECTTIMEOUT, kConnectTimeoutSeconds);
   curl_easy_setopt(h, CURLOPT_TCP_KEEPALIVE, 1L);    // find a dead peer on a kept connection
-  curl_easy_setopt(h, CURLOPT_ACCEPT_ENCODING, "");  // whatever libcurl can decode
-  curl_easy_setopt(h, CURLOPT_USERAGENT, "tssoapclient90");
+  // Whatever libcurl can decode. The header itself, and the User-Agent, are lines of the header
+  // list, which is built once: as options libcurl would format them anew for every request.
+  curl_easy_setopt(h, CURLOPT_ACCEPT_ENCODING, DecodedEncodings().c_str());
   curl_easy_setopt(h, CURLOPT_SSL_VERIFYPEER, 1L);
   curl_easy_setopt(h, CURLOPT_SSL_VERIFYHOST, 2L);
   TrustCertificatesOfEnvironment();
@@ -163,6 +183,7 @@ HttpTransport::HttpTransport(ServiceAddress service, std::optional<ServiceAddres
     curl_easy_setopt(h, CURLOPT_PASSWORD, service_.password.c_str());
   }
   if (proxy_) {
+    curl_easy_setopt(h, CURLOPT_USERAGENT, kUserAgent);  // for a tunnel's CONNECT request
     std::string proxyUrl = proxy_->scheme + "://" + proxy_->host + ":" + proxy_->port;
     curl_easy_setopt(h, CURLOPT_PROXY, proxyUrl.c_str());  // libcurl copies it
     if (proxy_->hasUser) {
@@ -173,8 +194,10 @@ HttpTransport::HttpTransport(ServiceAddress service, std::optional<ServiceAddres
       curl_easy_setopt(h, CURLOPT_PROXYPASSWORD, Escaped(h, proxy_->password).c_str());
     }
   } else {
-    // Explicitly none: libcurl would otherwise follow the http_proxy environment variables.
+    // Explicitly none: libcurl would otherwise follow the http_proxy environment variables (and
+    // look up no_proxy for every request).
     curl_easy_setopt(h, CURLOPT_PROXY, "");
+    curl_easy_setopt(h, CURLOPT_NOPROXY, "");
   }
 }
 
@@ -251,6 +274,9 @@ void HttpTransport::SetHeaders(const SOAPString& soapAction) {
     }
     list = grown;
   };
+  // In the place libcurl gives the two when it makes them itself, ahead of the caller's lines.
+  append((std::string("User-Agent: ") + kUserAgent).c_str());
+  append(("Accept-Encoding: " + DecodedEncodings()).c_str());
   append("Content-Type: text/xml; charset=utf-8");
   append("Accept: text/xml");
   append("Expect:");  // no 100-continue round trip before the body

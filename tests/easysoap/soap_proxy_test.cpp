@@ -5,6 +5,7 @@
 // records (never a password).
 #include "easysoap/soap_proxy.h"
 
+#include <curl/curl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -72,6 +73,39 @@ TEST(SoapProxyTest, WritesTheRequestAsTheAddressAndTheMethodSay) {
     EXPECT_EQ(request.Header("SOAPAction"), c.header);
     EXPECT_EQ(request.headerBlock.find("SOAPAction:") == std::string::npos, c.action == nullptr);
     EXPECT_EQ(request.body.find("encodingStyle") != std::string::npos, c.encoded);
+  }
+}
+
+// The transport writes the User-Agent and Accept-Encoding lines into its own header list, made
+// once (libcurl would format them anew for every request); the request head stays, byte for byte,
+// what libcurl writes when it makes them itself.
+TEST(SoapProxyTest, WritesTheRequestHeadLibcurlWouldWrite) {
+  LoopbackHttpServer server(AnswerWith(200, "text/xml", SoapEnvelope("<ns:r/>")));
+  for (const char* action : {static_cast<const char*>(nullptr), "", "urn:x#echo"}) {
+    SCOPED_TRACE(action != nullptr ? action : "(none)");
+    ASSERT_EQ(
+        Call(*NewProxy(server.Url("/s")), SOAPMethod("m", kSampleNamespace, action, false)).thrown,
+        "");
+    const HttpRequest ours = server.Requests().back();
+    curl_slist* lines = nullptr;
+    for (const std::string& line : std::vector<std::string>{
+             "Content-Type: text/xml; charset=utf-8", "Accept: text/xml",
+             "Expect:", action != nullptr ? "SOAPAction: " + ours.Header("SOAPAction") : ""}) {
+      if (!line.empty()) lines = curl_slist_append(lines, line.c_str());
+    }
+    CURL* curl = curl_easy_init();
+    curl_easy_setopt(curl, CURLOPT_URL, server.Url("/s").c_str());
+    curl_easy_setopt(curl, CURLOPT_USERAGENT, "tssoapclient90");
+    curl_easy_setopt(curl, CURLOPT_ACCEPT_ENCODING, "");
+    curl_easy_setopt(curl, CURLOPT_HTTPHEADER, lines);
+    curl_easy_setopt(curl, CURLOPT_POSTFIELDS, ours.body.c_str());
+    curl_easy_setopt(
+        curl, CURLOPT_WRITEFUNCTION,
+        +[](char*, size_t size, size_t count, void*) { return size * count; });
+    EXPECT_EQ(curl_easy_perform(curl), CURLE_OK);
+    curl_easy_cleanup(curl);
+    curl_slist_free_all(lines);
+    EXPECT_EQ(ours.headerBlock, server.Requests().back().headerBlock);
   }
 }
 
