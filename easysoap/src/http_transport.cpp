@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <mutex>
+#include <optional>
 #include <tuple>
 #include <utility>
 
@@ -118,7 +119,8 @@ const char* Environment(const char* name) {
 // A peer that resets a connection while TLS writes to it would raise SIGPIPE, whose default ends
 // the host's process. libcurl is told not to touch signals (the host has threads), so the calling
 // thread blocks SIGPIPE for the exchange and takes back one that arose meanwhile, leaving the
-// process-wide disposition alone.
+// process-wide disposition alone. Without TLS there is nothing to guard (four system calls an
+// exchange): libcurl itself writes to its sockets with MSG_NOSIGNAL.
 class SigpipeGuard {
  public:
   SigpipeGuard() {
@@ -303,7 +305,8 @@ void HttpTransport::Post(const std::string& body, const SOAPString& soapAction,
   curl_easy_setopt(handle_, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
   CURLcode code;
   {
-    SigpipeGuard guard;
+    std::optional<SigpipeGuard> guard;
+    if (service_.scheme == "https" || (proxy_ && proxy_->scheme == "https")) guard.emplace();
     code = curl_easy_perform(handle_);
     // A kept connection may die under the request: a proxy server such as tinyproxy drops the
     // service's "Connection: close" and closes its side after the answer without saying so.
