@@ -33,9 +33,9 @@ const std::string& DecodedEncodings() {
   static const std::string encodings = [] {
     const curl_version_info_data* info = curl_version_info(CURLVERSION_NOW);
     std::string list;
-    for (auto [feature, names] : {std::pair{CURL_VERSION_LIBZ, "deflate, gzip"},
-                                  std::pair{CURL_VERSION_BROTLI, "br"},
-                                  std::pair{CURL_VERSION_ZSTD, "zstd"}}) {
+    for (auto [feature, names] :
+         {std::pair{CURL_VERSION_LIBZ, "deflate, gzip"}, std::pair{CURL_VERSION_BROTLI, "br"},
+          std::pair{CURL_VERSION_ZSTD, "zstd"}}) {
       if ((info->features & feature) == 0) continue;
       list.append(list.empty() ? "" : ", ").append(names);
     }
@@ -161,13 +161,21 @@ HttpTransport::HttpTransport(ServiceAddress service, std::optional<ServiceAddres
   handle_ = curl_easy_init();
   if (handle_ == nullptr) throw SOAPMemoryException();
   CURL* h = handle_;
-  curl_easy_setopt(h, CURLOPT_URL, service_.url.c_str());
+  // The address parsed once, as libcurl parses a CURLOPT_URL text (which it would do again for
+  // every request); one it refuses goes in as text, to fail as before when a call is made.
+  url_ = curl_url();
+  if (url_ != nullptr && curl_url_set(url_, CURLUPART_URL, service_.url.c_str(),
+                                      CURLU_NON_SUPPORT_SCHEME) == CURLUE_OK) {
+    curl_easy_setopt(h, CURLOPT_CURLU, url_);
+  } else {
+    curl_easy_setopt(h, CURLOPT_URL, service_.url.c_str());
+  }
   curl_easy_setopt(h, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(h, CURLOPT_NOSIGNAL, 1L);  // the host has threads; no alarms for DNS waits
   curl_easy_setopt(h, CURLOPT_ERRORBUFFER, errorText_);
   curl_easy_setopt(h, CURLOPT_TIMEOUT, timeoutSeconds_);
   curl_easy_setopt(h, CURLOPT_CONNECTTIMEOUT, kConnectTimeoutSeconds);
-  curl_easy_setopt(h, CURLOPT_TCP_KEEPALIVE, 1L);    // find a dead peer on a kept connection
+  curl_easy_setopt(h, CURLOPT_TCP_KEEPALIVE, 1L);  // find a dead peer on a kept connection
   // Whatever libcurl can decode. The header itself, and the User-Agent, are lines of the header
   // list, which is built once: as options libcurl would format them anew for every request.
   curl_easy_setopt(h, CURLOPT_ACCEPT_ENCODING, DecodedEncodings().c_str());
@@ -222,6 +230,7 @@ void HttpTransport::TrustCertificatesOfEnvironment() {
 
 HttpTransport::~HttpTransport() {
   curl_easy_cleanup(handle_);
+  curl_url_cleanup(url_);
   curl_slist_free_all(headers_);
 }
 

@@ -75,6 +75,7 @@ class HttpTransport {
   uint64_t maxAnswerBytes_;
   CURL* handle_ = nullptr;
   curl_slist* headers_ = nullptr;
+  CURLU* url_ = nullptr;      // the service's address, parsed
   std::string headerAction_;  // the SOAPAction line headers_ was built for
   bool headerHasAction_ = false;
   bool headersBuilt_ = false;
