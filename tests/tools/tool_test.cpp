@@ -92,6 +92,8 @@ Json Output(const ToolResult& result) {
 }
 
 TEST_F(ToolTest, ACallPrintsItsOutcomeAsOneLineOfJson) {
+  const std::string argumentFile = ::testing::TempDir() + "tssoap-argument.json";
+  std::ofstream(argumentFile) << R"([1, 2, 3])";
   // Function and arguments, the output (nullptr: the first argument comes back as "return") and
   // the exit status.
   const struct {
@@ -125,6 +127,7 @@ TEST_F(ToolTest, ACallPrintsItsOutcomeAsOneLineOfJson) {
       {{"echophonesrepeated", R"([{"number": "1", "kind": 1}])"},
        R"({"out":{"phones":[{"number":"1","kind":1}]}})"},
       {{"ping"}, R"({"out":{}})"},
+      {{"echointegerarray", "@" + argumentFile}, R"({"return":[1,2,3],"out":{}})"},
       {{"failwithdetail", R"("disk <full>")"},
        R"({"exception":{"text":"disk <full>","faultcode":"SOAP-ENV:Server",
            "faultstring":"disk <full>","detailmessage":"<ns:problem xmlns:ns=\"urn:tssoap-sample\"><code>42</code><reason>disk &lt;full&gt;</reason></ns:problem>"}})",
@@ -190,6 +193,10 @@ TEST_F(ToolTest, WrongUsageAndBadInputExitWithTwoAndOneLine) {
        "tssoap: --options: setoptions: at 44: a value is a quoted text, a number or a word\n"},
       {call({"echoint", "1", "--proxy-options", "address='http://gw:s3c/r@et@gate:1', port=x"}),
        "tssoap: --proxy-options: setproxyserveroptions: at 37: unknown key 'port'\n"},
+      {call({"echoint", "@/nonexistent/argument.json"}),
+       "tssoap: /nonexistent/argument.json: can't open the argument file: No such file or "
+       "directory\n"},
+      {call({"echoint", "@" + kNotJson}), "tssoap: argument 1 (input): "},
       {call({"echoint", "1", "--cacert", "/nonexistent/ca.pem"}),
        "tssoap: --cacert: can't read /nonexistent/ca.pem: No such file or directory\n"},
       {{"demo", "--cacert", "/nonexistent/ca.pem"}, "tssoap: --endpoint, --port, --options"},

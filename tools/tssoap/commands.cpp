@@ -11,6 +11,7 @@
 #include <ostream>
 
 #include "tools/tssoap/demo.h"
+#include "tools/tssoap/file_text.h"
 #include "tools/tssoap/json_values.h"
 #include "tools/tssoap/message_text.h"
 #include "tools/tssoap/proxy_file.h"
@@ -24,6 +25,7 @@ using Json = nlohmann::ordered_json;
 
 // Host misuses are bugs of the extension, worth seeing, but a handful tells the story.
 constexpr size_t kMisusesShown = 10;
+constexpr size_t kArgumentFileBytes = size_t{256} << 20;
 
 const char kHelp[] =
     R"(tssoap: calls a SOAP service through the tssoapclient90 extension, loaded into the
@@ -40,7 +42,8 @@ Usage:
   tssoap --version
 
 call: calls FUNCTION of the proxy class of PROXYFILE with one ARG per parameter, in order, each
-a JSON text (quote it for the shell: '"hello"'). Options, before or after the arguments:
+a JSON text (quote it for the shell: '"hello"'), or @FILE for the JSON text in FILE. Options,
+before or after the arguments:
   --endpoint URL        the service's address, in place of the proxy's endpoint variable
   --port URL            createinstance with three arguments: the port name URL is the address
   --options TEXT        setoptions TEXT, such as "timeout=30, userid='me', password='secret'"
@@ -203,7 +206,13 @@ int Call(const CommandLine& line, const ToolPaths& paths, std::ostream& out, std
   }
   std::vector<Json> arguments;
   for (size_t i = 0; i < given; ++i) {
-    arguments.push_back(ParseJsonText(line.positional[i + 2], ArgumentName(*found, i)));
+    // "@FILE" for a text too long for a command line (no JSON text begins with "@").
+    const std::string& argument = line.positional[i + 2];
+    arguments.push_back(ParseJsonText(
+        argument.starts_with('@')
+            ? ReadCappedFile<ArgumentError>(argument.substr(1), kArgumentFileBytes, "argument file")
+            : argument,
+        ArgumentName(*found, i)));
   }
   const ProxyVariable* endpoint = proxy.FindVariable("endpoint");
   if (!line.endpoint && !line.port && (endpoint == nullptr || !endpoint->value)) {
