@@ -35,19 +35,9 @@ out=$build/bench/compare
 rm -rf "$out"
 mkdir -p "$out"
 
-# The sample service on an ephemeral port; it ends when its stdin pipe closes.
-mkfifo "$out/service.in"
-"$service" --port 0 <"$out/service.in" >"$out/service.out" 2>&1 &
-service_pid=$!
-exec 3>"$out/service.in"
-trap 'exec 3>&-; kill $service_pid 2>/dev/null || true; wait 2>/dev/null || true' EXIT
-for _ in $(seq 100); do
-  grep -q '^PORT ' "$out/service.out" && break
-  sleep 0.1
-done
-port=$(sed -n 's/^PORT //p' "$out/service.out")
-[ -n "$port" ] || { echo "compare.sh: the sample service didn't start" >&2; cat "$out/service.out" >&2; exit 1; }
-url=http://127.0.0.1:$port/sample
+# The sample service on an ephemeral port, for as long as this script runs; sets url.
+source "$root/bench/sample_service.sh"
+start_sample_service "$service" "$out"
 
 # The callgrind total of one run: the "Collected" line valgrind prints.
 instructions() {
