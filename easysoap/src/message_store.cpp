@@ -138,19 +138,33 @@ void MessageStore::GrowTable() {
   }
 }
 
-size_t MessageStore::MemoSlot(const void* const key[4]) {
-  uintptr_t mixed = 0;
-  for (int i = 0; i < 4; ++i) mixed = (mixed ^ reinterpret_cast<uintptr_t>(key[i])) * 31;
-  return (mixed >> 4) % kMemoSlots;
+std::pair<size_t, size_t> MessageStore::MemoSlots(const void* const key[4]) {
+  // Every address mixed in (Fibonacci hashing), two slots taken from the top bits: the keys of a
+  // record's fields differ in one kept text, and those lie a few bytes apart in one block. Two
+  // places for each key keep the few keys of a message from pushing each other out.
+  uint64_t mixed = 0;
+  for (int i = 0; i < 4; ++i) {
+    mixed = (mixed ^ static_cast<uint64_t>(reinterpret_cast<uintptr_t>(key[i]))) *
+            0x9E3779B97F4A7C15ull;
+  }
+  const size_t first = static_cast<size_t>(mixed >> (64 - kMemoBits));
+  const size_t second = static_cast<size_t>(mixed >> (64 - 2 * kMemoBits)) % kMemoSlots;
+  return {first, second != first ? second : (first + 1) % kMemoSlots};
 }
 
 void* MessageStore::Recall(const void* const key[4]) const {
-  const Memo& memo = memo_[MemoSlot(key)];
-  return std::equal(key, key + 4, memo.key) ? memo.value : nullptr;
+  const auto [first, second] = MemoSlots(key);
+  for (const size_t slot : {first, second}) {
+    if (std::equal(key, key + 4, memo_[slot].key)) return memo_[slot].value;
+  }
+  return nullptr;
 }
 
 void MessageStore::Remember(const void* const key[4], void* value) {
-  Memo& memo = memo_[MemoSlot(key)];
+  const auto [first, second] = MemoSlots(key);
+  // The first place unless another key holds it and the second is free.
+  Memo& memo = memo_[first].value != nullptr && memo_[second].value == nullptr ? memo_[second]
+                                                                               : memo_[first];
   std::copy(key, key + 4, memo.key);
   memo.value = value;
 }

@@ -96,7 +96,8 @@ class MessageStore {
     const void* key[4];
     void* value;
   };
-  static constexpr size_t kMemoSlots = 16;
+  static constexpr int kMemoBits = 4;
+  static constexpr size_t kMemoSlots = size_t{1} << kMemoBits;
   static constexpr int kRecentBits = 6;
   static constexpr size_t kRecentSlots = size_t{1} << kRecentBits;
   static constexpr size_t kAlignment = alignof(void*);  // enough for every object of the tree
@@ -105,7 +106,8 @@ class MessageStore {
   void GrowTable();
   void* AllocateInNewBlock(size_t bytes);
   char* TakeBlock(size_t size);
-  static size_t MemoSlot(const void* const key[4]);
+  // The two places where key may be remembered.
+  static std::pair<size_t, size_t> MemoSlots(const void* const key[4]);
 
   std::vector<Block> blocks_;  // the blocks of the chain, in the order they are used
   size_t inUse_ = 0;           // how many of blocks_ this message has taken
