@@ -1,14 +1,19 @@
 #include "types/floating_types.h"
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <charconv>
 #include <clocale>
 #include <cmath>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
+#include <optional>
+#include <string_view>
 
 #include "support/ascii_chars.h"
 #include "support/values/soap_exception.h"
@@ -73,6 +78,107 @@ size_t DecimalNumberLength(const char* text) {
     }
   }
   return static_cast<size_t>(at - text);
+}
+
+// The exact decimal digits of number, without trailing zeros, and the decimal exponent of the
+// first, when they fit in 64 bits: a finite double is an odd integer times a power of two, and
+// with 2^-p = 5^p / 10^p its exact text has as many digits as that integer times 5^p. False for
+// a number whose exact text is longer (most with many binary fraction digits).
+bool ExactDecimalDigits(double number, char (&digits)[24], int& count, int& exponent) {
+  if (number == 0.0) {
+    digits[0] = '0';
+    count = 1;
+    exponent = 0;
+    return true;
+  }
+  int binaryExponent = 0;
+  // |number| = mantissa * 2^(binaryExponent - 53), the mantissa an integer of 53 bits.
+  const double fraction = std::frexp(std::fabs(number), &binaryExponent);
+  uint64_t integer = static_cast<uint64_t>(std::ldexp(fraction, 53));
+  int power = binaryExponent - 53;
+  const int zeros = std::countr_zero(integer);
+  integer >>= zeros;
+  power += zeros;
+  int fractionDigits = 0;
+  if (power > 0) {
+    if (power >= std::countl_zero(integer)) return false;
+    integer <<= power;
+  } else {
+    // integer / 2^-power = integer * 5^-power / 10^-power.
+    for (; power < 0; ++power, ++fractionDigits) {
+      if (__builtin_mul_overflow(integer, uint64_t{5}, &integer)) return false;
+    }
+  }
+  const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, integer);
+  count = static_cast<int>(end.ptr - digits);
+  exponent = count - 1 - fractionDigits;
+  while (digits[count - 1] == '0') --count;
+  return true;
+}
+
+// number as "%.*G" writes it with digits significant digits, into buffer, when its exact text
+// has no more digits than that: then printf rounds nothing and writes those digits; nothing
+// otherwise.
+std::optional<std::string_view> ExactGeneralText(double number, int digits, char (&buffer)[64]) {
+  char significant[24];
+  int count = 0;
+  int exponent = 0;
+  if (!ExactDecimalDigits(number, significant, count, exponent) || count > digits) {
+    return std::nullopt;
+  }
+  char* out = buffer;
+  if (std::signbit(number)) *out++ = '-';
+  // "%G" uses the scientific form for an exponent below -4 or of digits and above, and drops
+  // trailing zeros (and the point when no digit follows it).
+  if (exponent < -4 || exponent >= digits) {
+    *out++ = significant[0];
+    if (count > 1) {
+      *out++ = '.';
+      std::memcpy(out, significant + 1, static_cast<size_t>(count - 1));
+      out += count - 1;
+    }
+    *out++ = 'E';
+    *out++ = exponent < 0 ? '-' : '+';
+    const int magnitude = exponent < 0 ? -exponent : exponent;
+    if (magnitude < 10) *out++ = '0';
+    out = std::to_chars(out, buffer + sizeof buffer, magnitude).ptr;
+  } else if (exponent < 0) {
+    *out++ = '0';
+    *out++ = '.';
+    for (int zeros = -exponent - 1; zeros > 0; --zeros) *out++ = '0';
+    std::memcpy(out, significant, static_cast<size_t>(count));
+    out += count;
+  } else {
+    // The integer part, padded with zeros where the digits end before the point.
+    for (int i = 0; i <= exponent; ++i) *out++ = i < count ? significant[i] : '0';
+    if (count > exponent + 1) {
+      *out++ = '.';
+      const size_t fraction = static_cast<size_t>(count - exponent - 1);
+      std::memcpy(out, significant + exponent + 1, fraction);
+      out += fraction;
+    }
+  }
+  return std::string_view(buffer, static_cast<size_t>(out - buffer));
+}
+
+// The decimal number text..end (as DecimalNumberLength measured it) read with from_chars, exact
+// and in no locale, when it is a normal double, or a zero written as one: what strtod reads for
+// it, with errno left alone, as strtod leaves it then. False for the rest (out of range,
+// subnormal), which strtod reads with its errno.
+bool ReadNormalNumber(const char* text, const char* end, double& number) {
+  const char* at = text;
+  while (IsAsciiSpace(*at)) ++at;
+  // from_chars takes a minus but no plus.
+  if (*at == '+') ++at;
+  double read = 0.0;
+  const std::from_chars_result result = std::from_chars(at, end, read);
+  if (result.ec != std::errc() || result.ptr != end) return false;
+  if (std::fpclassify(read) != FP_NORMAL &&
+      !(read == 0.0 && std::none_of(at, end, [](char c) { return c >= '1' && c <= '9'; }))) {
+    return false;
+  }
+  number = read;
+  return true;
 }
 
 void FloatToXmlText(XmlValueText& value, ConversionContext& context) {
@@ -140,10 +246,15 @@ void DurationFromXmlText(const XmlValueText&, ResponseContext&) {}
 std::string FloatingText(double number, int digits) {
   if (std::isnan(number)) return "NaN";
   if (std::isinf(number)) return number > 0 ? "INF" : "-INF";
+  char buffer[64];
+  // Numbers of few binary fraction digits (whole numbers, halves, quarters) are written exactly
+  // in a few steps; the others are rounded.
+  if (const std::optional<std::string_view> text = ExactGeneralText(number, digits, buffer)) {
+    return std::string(*text);
+  }
   // to_chars in the general format with a precision writes what printf's "%.*g" writes, in no
   // locale and without printf's format parsing and locale switch; only the exponent's letter
   // differs from "%.*G".
-  char buffer[64];
   const std::to_chars_result end =
       std::to_chars(buffer, buffer + sizeof buffer, number, std::chars_format::general, digits);
   char* exponent = std::find(buffer, end.ptr, 'e');
@@ -159,10 +270,11 @@ double StringToDoubleC(const char* text, const char** end) {
     *end = text;
     return 0.0;
   }
-  char* stop = nullptr;
-  const double number = strtod_l(text, &stop, CLocale());
   *end = text + length;
-  return number;
+  double number = 0.0;
+  if (ReadNormalNumber(text, *end, number)) return number;
+  char* stop = nullptr;
+  return strtod_l(text, &stop, CLocale());
 }
 
 std::string FormatC(const char* format, ...) {

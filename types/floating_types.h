@@ -1,7 +1,8 @@
 // The rows float, double, decimal and duration, and the locale-independent number text that they
 // and the date and time rows share. The wire always uses "." as the decimal point: numbers are
-// read and written in a private "C" locale object (strtod_l, and snprintf under a thread's
-// uselocale), so the environment's locale is never consulted and the process locale never changes.
+// read and written without a locale (from_chars, to_chars) or in a private "C" locale object
+// (strtod_l, and snprintf under a thread's uselocale), so the environment's locale is never
+// consulted and the process locale never changes.
 #pragma once
 
 #include <cstddef>

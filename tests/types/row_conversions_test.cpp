@@ -3,9 +3,11 @@
 // the environment's locale and code page.
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <clocale>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -263,7 +265,8 @@ TEST(DecimalText, RefusesWhatIsNoNumberWithTheWholeText) {
 }
 
 // Reals and doubles are written without printf; their texts must stay what "%.*G" printed, for
-// the rows' precisions, over edge values and a fixed spread of bit patterns of both widths.
+// the rows' precisions, over edge values, numbers with short texts and a fixed spread of bit
+// patterns of both widths.
 TEST(FloatingText, WritesWhatPrintfWrote) {
   std::vector<double> numbers = {0.0,
                                  -0.0,
@@ -298,7 +301,14 @@ TEST(FloatingText, WritesWhatPrintfWrote) {
     if (std::isfinite(wide)) numbers.push_back(wide);
     if (std::isfinite(narrow)) numbers.push_back(narrow);
   }
-  for (const int digits : {9, 18}) {
+  // Numbers with short texts, of both widths, both signs and every notation.
+  for (int i = -3000; i <= 3000; ++i) {
+    for (const double scale : {1.0, 0.01, 1e-6, 1e7, 1e12, 1e-20, 1e20}) {
+      numbers.push_back(i * scale + 0.25 * scale);
+      numbers.push_back(static_cast<float>(i * scale));
+    }
+  }
+  for (const int digits : {9, 15, 18}) {
     for (const double number : numbers) {
       char printed[64];
       std::snprintf(printed, sizeof printed, "%.*G", digits, number);
@@ -307,6 +317,54 @@ TEST(FloatingText, WritesWhatPrintfWrote) {
   }
   EXPECT_EQ(FloatingText(NAN, 9), "NaN");
   EXPECT_EQ(FloatingText(-INFINITY, 18), "-INF");
+}
+
+// Number texts are read without strtod where the result is a normal double; the values must stay
+// strtod's, bit for bit, over texts of every shape the wire form allows.
+TEST(FloatingText, ReadsWhatStrtodRead) {
+  std::vector<std::string> texts = {"0",
+                                    "-0",
+                                    "+0.0",
+                                    "00.000e5",
+                                    " 7.25",
+                                    "\t+1.5e-3 ",
+                                    "1.",
+                                    ".5",
+                                    "-.5E+2",
+                                    "1e-5",
+                                    "1e308",
+                                    "2.2250738585072014e-308",
+                                    "1e0",
+                                    "1e-0",
+
+                                    "123456789012345678901234567890",
+                                    "0.1000000000000000055511151231257827021181583404541015625"};
+  std::mt19937_64 bits(20261124);
+  for (int i = 0; i < 20000; ++i) {
+    double number;
+    const uint64_t pattern = bits();
+    std::memcpy(&number, &pattern, sizeof number);
+    if (!std::isfinite(number)) continue;
+    char text[64];
+    for (const int digits : {3, 9, 17, 25}) {
+      std::snprintf(text, sizeof text, "%.*g", digits, number);
+      texts.emplace_back(text);
+    }
+    std::snprintf(text, sizeof text, "%.3f",
+                  static_cast<double>(static_cast<int32_t>(pattern)) / 7);
+    texts.emplace_back(text);
+  }
+  for (const std::string& text : texts) {
+    errno = 0;
+    char* stop = nullptr;
+    const double expected = std::strtod(text.c_str(), &stop);
+    const bool outOfRange = errno == ERANGE;
+    const std::optional<std::string> message = MessageOf([&] {
+      const double read = ParseXmlDouble(text.c_str());
+      EXPECT_EQ(std::memcmp(&read, &expected, sizeof read), 0) << text;
+    });
+    EXPECT_EQ(message.has_value(), outOfRange && (std::isinf(expected) || expected == 0.0)) << text;
+  }
 }
 
 TEST(StringRows, ReportTextsWithoutAFormInTheOtherCodePageByRow) {
