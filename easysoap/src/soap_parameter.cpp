@@ -1,5 +1,7 @@
 #include "easysoap/soap_parameter.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <vector>
 
 #include "easysoap/src/message_store.h"
@@ -27,6 +29,8 @@ using Entry = SOAPParameter::Attributes::Entry;
 // A stored table has the eight buckets that the map gives its first eight entries, so that it is
 // walked in the very order of a map filled the same way; a ninth entry goes to a map of its own.
 constexpr uint32_t kStoredBuckets = 8;
+// The first list of children in a storage: a record's few fields fit.
+constexpr uint32_t kStoredChildrenMinimum = 4;
 
 // A text kept once in the storage, with its hash; null stays null.
 struct KeptText {
@@ -115,6 +119,36 @@ void SOAPParameter::DeleteOwnChildren() {
   ownValue_.children.Resize(0);
 }
 
+bool SOAPParameter::HoldsOnlyStored() const {
+  if (name_.GetName().OwnsBuffer() || name_.GetNamespace().OwnsBuffer() ||
+      ownValue_.text.OwnsBuffer() ||
+      (ownValue_.children.Capacity() != 0 && !ownValue_.children.Adopted()) ||
+      (!ownValue_.storedAttributes && ownValue_.attributes.Count() != 0)) {
+    return false;
+  }
+  for (const SOAPParameter* child : ownValue_.children) {
+    if (!child->ownValue_.storedElement || !child->HoldsOnlyStored()) return false;
+  }
+  return true;
+}
+
+void SOAPParameter::ReserveStoredChildren(MessageStore& store, uint32_t count) {
+  Children& children = ownValue_.children;
+  if (count <= children.Capacity()) return;
+  uint32_t capacity =
+      children.Capacity() < kStoredChildrenMinimum ? kStoredChildrenMinimum : children.Capacity();
+  while (capacity < count) {
+    if (capacity > UINT32_MAX / 2) throw SOAPMemoryException();
+    capacity *= 2;
+  }
+  if (capacity > SIZE_MAX / sizeof(SOAPParameter*)) throw SOAPMemoryException();
+  // The block left behind stays in the storage until the message goes.
+  auto** block = static_cast<SOAPParameter**>(store.Allocate(sizeof(SOAPParameter*) * capacity));
+  std::copy(children.begin(), children.end(), block);
+  std::fill(block + children.Size(), block + capacity, nullptr);
+  children.Adopt(block, capacity, children.Size());
+}
+
 void SOAPParameter::ReleaseStored() {
   DeleteOwnChildren();
   ForgetStoredAttributes(ownValue_);
@@ -141,6 +175,11 @@ void SOAPParameter::ReferName(const char* name, const char* ns) {
   name_.GetNamespace().Refer(ns);
 }
 
+void SOAPParameter::AddStoredChild(MessageStore& store, SOAPParameter& child) {
+  ReserveStoredChildren(store, ownValue_.children.Size() + 1);
+  ownValue_.children.Add(&child);
+}
+
 SOAPParameter& SOAPParameter::AddParameter(const char* name) {
   MessageStore* store = StoreOfOwnData();
   SOAPParameter* child = nullptr;
@@ -157,6 +196,8 @@ SOAPParameter& SOAPParameter::AddParameter(const char* name) {
     child->name_.GetName().Refer(KeptOrNull(*store, name));
   }
   try {
+    // Children of an element in a storage are listed in it too.
+    if (store != nullptr) ReserveStoredChildren(*store, ownValue_.children.Size() + 1);
     value_->children.Add(child);
   } catch (...) {
     if (store == nullptr) {
@@ -172,7 +213,11 @@ SOAPParameter& SOAPParameter::AddParameter(const char* name) {
 void SOAPParameter::ReserveParameters(uint32_t count) {
   Children& children = value_->children;
   if (count > UINT32_MAX - children.Size()) throw SOAPMemoryException();
-  children.Reserve(children.Size() + count);
+  if (MessageStore* store = StoreOfOwnData()) {
+    ReserveStoredChildren(*store, children.Size() + count);
+  } else {
+    children.Reserve(children.Size() + count);
+  }
 }
 
 const SOAPParameter* SOAPParameter::FindParameter(const char* name) const {

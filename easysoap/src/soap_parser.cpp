@@ -51,10 +51,6 @@ constexpr const char* kSoap12Envelope = "http://www.w3.org/2003/05/soap-envelope
 constexpr uint64_t kWorkBetweenClockReads = 4096;
 constexpr size_t kPiece = size_t{256} << 10;
 
-// Memory the parser holds besides the response's storage, counted against the memory limit: an
-// element's slot in its parent's list of children (up to twice the pointer, as lists double) and
-// a namespace declaration in force.
-constexpr size_t kBytesPerChildSlot = 2 * sizeof(SOAPParameter*);
 // Expat keeps a copy of every distinct name it meets, with its hash entries, for as long as the
 // parse lasts; about this much a name, measured with answers of a million distinct names.
 constexpr size_t kExpatBytesPerName = 96;
@@ -340,7 +336,6 @@ class SOAPParser::Reader {
     work_ = 0;
     nextClockRead_ = kWorkBetweenClockReads;
     memoryLimit_ = 0;
-    elementsStored_ = 0;
     declarationsOpen_.clear();
     tagAttributes_.clear();
     captureFrom_ = 0;
@@ -602,12 +597,11 @@ class SOAPParser::Reader {
     SOAPParameter& element = *store_->New<SOAPParameter>();
     element.GetValue().storedElement = true;
     try {
-      parent.element->GetValue().children.Add(&element);
+      parent.element->AddStoredChild(*store_, element);
     } catch (...) {
       element.~SOAPParameter();
       throw;
     }
-    ++elementsStored_;
     element.ReferName(store_->Intern(name.local).text,
                       name.uriEntry != nullptr ? name.uriEntry->text : nullptr);
     if (!tagAttributes_.empty()) AddAttributes(element);
@@ -782,9 +776,9 @@ class SOAPParser::Reader {
   }
 
   void CheckMemory() const {
+    // The elements and their lists of children are in the storage.
     uint64_t used = store_->Footprint() + store_->InternedCount() * kExpatBytesPerName +
-                    elementsStored_ * kBytesPerChildSlot + bindings_.capacity() * sizeof(Binding) +
-                    references_.Footprint();
+                    bindings_.capacity() * sizeof(Binding) + references_.Footprint();
     if (used > memoryLimit_) {
       throw SOAPException(
           "The answer needs more memory than the limit of %llu bytes, %u times its size",
@@ -905,7 +899,6 @@ class SOAPParser::Reader {
   uint64_t work_ = 0;
   uint64_t nextClockRead_ = kWorkBetweenClockReads;
   uint64_t memoryLimit_ = 0;
-  uint64_t elementsStored_ = 0;
   bool utf16_ = false;  // the answer's encoding, for finding a place in a tag
 
   // The start tag being read: its attributes but its declarations. And for every open element,

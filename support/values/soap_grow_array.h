@@ -3,6 +3,8 @@
 // Every slot up to capacity holds a constructed T at all times, also those beyond size, so that a
 // shrink followed by a grow shows the old contents again. The minimum block is 8 slots and the
 // capacity doubles. A failed allocation throws SOAPMemoryException and leaves the array unchanged.
+// An array may also show a block that lives in storage of its owner's (Adopt): it never destroys
+// or frees that one, and a growth beyond it moves to a block of its own.
 #pragma once
 
 #include <cstdint>
@@ -59,6 +61,18 @@ class SOAPGrowArray {
     capacity_ = grown;
   }
 
+  // Shows block, capacity slots that each hold a T, the first size of them in use, without owning
+  // it: the block must outlive the array or its next growth. What the array held is released.
+  void Adopt(T* block, uint32_t capacity, uint32_t size) {
+    Release();
+    elements_ = block;
+    capacity_ = capacity;
+    size_ = size;
+    adopted_ = true;
+  }
+  // Whether the block in use is one shown by Adopt.
+  bool Adopted() const { return adopted_; }
+
   // Grows by Reserve; shrinking only lowers the size, the slots keep their contents.
   void Resize(uint32_t n) {
     if (n > size_) Reserve(n);
@@ -108,6 +122,10 @@ class SOAPGrowArray {
     size_ = other.size_;
   }
   void DestroySlots() {
+    if (adopted_) {
+      adopted_ = false;
+      return;
+    }
     for (uint32_t i = 0; i < capacity_; ++i) elements_[i].~T();
     easysoap_free(elements_);
   }
@@ -121,9 +139,11 @@ class SOAPGrowArray {
     std::swap(elements_, other.elements_);
     std::swap(capacity_, other.capacity_);
     std::swap(size_, other.size_);
+    std::swap(adopted_, other.adopted_);
   }
 
   T* elements_ = nullptr;
   uint32_t capacity_ = 0;
   uint32_t size_ = 0;
+  bool adopted_ = false;
 };

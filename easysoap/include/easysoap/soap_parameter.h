@@ -54,6 +54,9 @@ class EASYSOAP_API SOAPParameter {
   void SetName(const char* name, const char* ns = nullptr);
   // The same with texts that the response keeps, for the parser.
   void ReferName(const char* name, const char* ns);
+  // Appends child, an element made in store, listing it in store too: for the parser, whose
+  // elements all live in the response's storage.
+  void AddStoredChild(easysoap_internal::MessageStore& store, SOAPParameter& child);
   const SOAPQName& GetName() const { return name_; }
 
   // Appends a child named name (no namespace) and returns it; the child belongs to this element.
@@ -111,12 +114,11 @@ class EASYSOAP_API SOAPParameter {
   }
   void CopyFrom(const SOAPParameter& other);
   void DeleteOwnChildren();
-  // Whether nothing of the element needs its destruction: all of it lives in a storage.
-  bool HoldsOnlyStored() const {
-    return !name_.GetName().OwnsBuffer() && !name_.GetNamespace().OwnsBuffer() &&
-           !ownValue_.text.OwnsBuffer() && ownValue_.children.Capacity() == 0 &&
-           (ownValue_.storedAttributes || ownValue_.attributes.Count() == 0);
-  }
+  // Whether nothing of the element and its descendants needs destruction: all of it lives in a
+  // storage.
+  bool HoldsOnlyStored() const;
+  // Room for count children in all, in the storage.
+  void ReserveStoredChildren(easysoap_internal::MessageStore& store, uint32_t count);
   static void ForgetStoredAttributes(Data& data);
   static void TakeOverAttributes(Data& data);
 
