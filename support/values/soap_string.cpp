@@ -116,11 +116,7 @@ void SOAPString::Clear() {
   referred_ = false;
 }
 
-void SOAPString::Refer(const char* text) {
-  if (!referred_ && buffer_ != nullptr) easysoap_free(buffer_);
-  buffer_ = const_cast<char*>(text);  // never written through: every change copies first
-  referred_ = text != nullptr;
-}
+void SOAPString::FreeBuffer() { easysoap_free(buffer_); }
 
 void SOAPString::Unrefer() {
   if (!referred_) return;

@@ -37,7 +37,12 @@ class EASYSOAP_API SOAPString {
   void Clear();
   // Shows text that someone else keeps, which must outlive the string or its next change; a null
   // text is no text. The capacity stays that of the string's next buffer of its own.
-  void Refer(const char* text);
+  // Inline: the library refers to a kept text for most names and texts of a message.
+  void Refer(const char* text) {
+    if (OwnsBuffer()) FreeBuffer();
+    buffer_ = const_cast<char*>(text);  // never written through: every change copies first
+    referred_ = text != nullptr;
+  }
 
   // The text, or null when there is none.
   const char* Str() const { return buffer_; }
@@ -52,6 +57,8 @@ class EASYSOAP_API SOAPString {
  private:
   // Lets go of a referred text without freeing it.
   void Unrefer();
+  // Frees the string's own buffer, which stays set.
+  void FreeBuffer();
 
   char* buffer_ = nullptr;
   uint32_t capacity_ = kInitialCapacity;
