@@ -252,6 +252,7 @@ struct Runtime::Model {
   std::unordered_set<CallFrame*> callFrames;
 
   OperationCounts callCounts;
+  bool counting = true;
   std::vector<std::string> fieldIdRequests;
   bool recording = false;
   std::vector<std::string_view> operations;
@@ -366,7 +367,7 @@ struct Runtime::Model {
 };
 
 inline void Runtime::Note(const char* operation) {
-  model_->callCounts.Count(operation);
+  if (model_->counting) model_->callCounts.Count(operation);
   if (model_->recording) model_->Record(operation);
 }
 

@@ -506,6 +506,8 @@ int Runtime::CallCount(const std::string& operation) const {
   return model_->callCounts.Calls(operation);
 }
 
+void Runtime::CountOperations(bool on) { model_->counting = on; }
+
 const std::vector<std::string>& Runtime::FieldIdRequests() const { return model_->fieldIdRequests; }
 
 void Runtime::RecordOperations(bool on) {

@@ -257,6 +257,9 @@ class Runtime final : public IHostSession {
   int OutstandingCallInfos() const;
   // How often each host operation was called, by name ("GetFieldId", "NewProxyObject", ...).
   int CallCount(const std::string& operation) const;
+  // Counting is on by default; a host that asks no counts (the tool) turns it off, so that no
+  // host call pays for it. The counts so far stay.
+  void CountOperations(bool on);
   // The names asked for with GetFieldId, in order, while recording is on.
   const std::vector<std::string>& FieldIdRequests() const;
   // Every host operation (of the session and of the values) in order, while recording is on; off

@@ -91,7 +91,7 @@ TEST_F(TesthostTest, ArrayInfosAndDecimalTextsAreCountedUntilGivenBack) {
 }
 
 // The extension lower-cases the names it asks for, so the host must not; booleans answer the true
-// value the test chose.
+// value the test chose; operations are counted unless counting is off.
 TEST_F(TesthostTest, FieldNamesAreComparedByteForByteAndBooleansAnswerTheTrueValue) {
   FieldSpec note = FieldSpec::Like("note", Value::Null(kHostString));
   note.initial = Value::Null(kHostString);
@@ -106,6 +106,15 @@ TEST_F(TesthostTest, FieldNamesAreComparedByteForByteAndBooleansAnswerTheTrueVal
   EXPECT_EQ(rt.IsFieldNull(object, 1), 0x100);
   EXPECT_EQ(rt.IsFieldNull(object, 0), 0);
   EXPECT_EQ(rt.GetField(object, "street"), Value::String(""));
+  // Counting off keeps the counts so far and adds none; recording goes on.
+  const int reads = rt.CallCount("IsFieldNull");
+  rt.CountOperations(false);
+  rt.IsFieldNull(object, 0);
+  EXPECT_EQ(rt.CallCount("IsFieldNull"), reads);
+  EXPECT_EQ(rt.Operations().back(), "IsFieldNull");
+  rt.CountOperations(true);
+  rt.IsFieldNull(object, 0);
+  EXPECT_EQ(rt.CallCount("IsFieldNull"), reads + 1);
 }
 
 TEST_F(TesthostTest, ValueDeclaredAnyTakesTheKindOfWhatIsWritten) {

@@ -57,6 +57,8 @@ ProxySession::ProxySession(ProxyFile proxy, const SessionOptions& options)
     throw SetupError(std::string("can't load the extension: ") + error.what() +
                      " (set TSSOAP_EXTENSION to the path of libtssoapclient90.so)");
   }
+  // The tool asks the host for no counts of its operations.
+  runtime_->CountOperations(false);
   values_ = std::make_unique<JsonValues>(*runtime_, proxy_);
   DefineStructures(*runtime_, proxy_);
   // The file's texts are UTF-8 and become host texts in the code page; --endpoint comes from the
