@@ -70,6 +70,10 @@ Runtime::Stored Runtime::Model::ZeroOf(HostValueKind kind) {
     zero.isNull = true;
   } else if (kind == kHostDecimal) {
     zero.handle = AddDecimal("0");
+  } else if (kind == kHostString) {
+    // Strings never change and never go: every zero string is the one empty string.
+    if (emptyString == 0) emptyString = AddString({});
+    zero.handle = emptyString;
   } else {
     // An empty text or blob, zero parts; no handle for any other kind.
     VisitValueTable(*this, kind, [&](auto& table) { zero.handle = Add(table, {}); });

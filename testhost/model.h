@@ -241,6 +241,7 @@ struct Runtime::Model {
   std::vector<HostObject> objectOrder;  // creation order, for an orderly end
   HandleTable<ArrayData> arrays;
   HandleTable<std::string> strings;
+  HostString emptyString = 0;  // the value of every zero string, made at its first use
   HandleTable<std::vector<uint8_t>> blobs;
   HandleTable<DateParts> dates;
   HandleTable<TimeParts> times;
