@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "easysoap/src/message_store.h"
 #include "support/values/soap_exception.h"
-#include "support/values/soap_text.h"
 
 using easysoap_internal::MessageStore;
 
@@ -221,9 +221,11 @@ void SOAPParameter::ReserveParameters(uint32_t count) {
 }
 
 const SOAPParameter* SOAPParameter::FindParameter(const char* name) const {
+  const char* wanted = name != nullptr ? name : "";
   for (const SOAPParameter* child : value_->children) {
-    if (SOAPText::Compare(child->name_.GetName().CStr(), name != nullptr ? name : "") == 0)
-      return child;
+    // Siblings' names mostly differ in their first letter.
+    const char* childName = child->name_.GetName().CStr();
+    if (childName[0] == wanted[0] && std::strcmp(childName, wanted) == 0) return child;
   }
   return nullptr;
 }
