@@ -301,12 +301,10 @@ class RequestWriter {
   }
   void UseNamespaces(const SOAPParameter& element, bool qualified) {
     if (qualified) prefixes_.Use(element.GetName().GetNamespace());
-    const auto& attributes = element.GetAttributes();
-    if (attributes.Count() == 0) return;
-    for (auto it = attributes.Begin(); it != attributes.End(); ++it) {
-      prefixes_.Use(it.Key().GetNamespace());
-      prefixes_.Use(it.Value().GetNamespace());
-    }
+    element.GetAttributes().ForEach([this](const SOAPQName& key, const SOAPQName& value) {
+      prefixes_.Use(key.GetNamespace());
+      prefixes_.Use(value.GetNamespace());
+    });
   }
 
   void WriteTree(const SOAPMethod& method, const SOAPQName& bodyName) {
@@ -381,14 +379,11 @@ class RequestWriter {
   }
 
   void WriteAttributes(const SOAPParameter& element) {
-    const auto& attributes = element.GetAttributes();
-    for (auto it = attributes.Begin(); it != attributes.End(); ++it) {
-      const SOAPQName& key = it.Key();
+    element.GetAttributes().ForEach([this](const SOAPQName& key, const SOAPQName& value) {
       // Nil is written from the element's mark alone, so that a copied element never carries it
       // twice or contradicts its mark.
-      if (IsNilAttribute(key)) continue;
+      if (IsNilAttribute(key)) return;
       const Tag tag = TagOf(key, true);
-      const SOAPQName& value = it.Value();
       std::string_view prefix = prefixes_.PrefixOf(value.GetNamespace());
       const char* text = value.GetName().CStr();
       if (!prefix.empty()) {
@@ -407,7 +402,7 @@ class RequestWriter {
       }
       PutText(text, key, EscapeContext::kAttribute);
       out_.Append('"');
-    }
+    });
   }
 
   // The tag of an element or attribute name: its local part, checked, and its prefix when it is

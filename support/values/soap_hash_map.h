@@ -79,6 +79,17 @@ class SOAPHashMap {
     return ++it;
   }
   Iterator End() const { return Iterator(this, bucketCount_, nullptr); }
+  // visit(key, value) for every entry, in the order of the iterators; done behind the last entry,
+  // without passing over the empty buckets that follow it.
+  template <typename Visit>
+  void ForEach(Visit&& visit) const {
+    uint32_t left = count_;
+    for (uint32_t b = 0; left != 0 && b < bucketCount_; ++b) {
+      for (const Entry* entry = buckets_[b]; entry != nullptr; entry = entry->next, --left) {
+        visit(entry->key, entry->value);
+      }
+    }
+  }
 
   // The entry of key, found under its hash, or End().
   Iterator Find(const K& key, uint32_t hash) const {
