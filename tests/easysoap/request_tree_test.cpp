@@ -1,6 +1,7 @@
 // The request's element tree in the request's storage: stored elements write what elements with
-// data of their own write, elements share an attribute table until one of them changes it, and
-// copies keep their data after the method and its storage have gone to the next request.
+// data of their own write, elements share an attribute table until one of them changes it,
+// copies keep their data after the method and its storage have gone to the next request, and the
+// lists of children live in the storage or not.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -16,6 +17,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::SizeIs;
 
 using Attribute = std::tuple<const char*, const char*, const char*, const char*>;
 
@@ -105,6 +107,36 @@ TEST(RequestTree, CopiesKeepTheirDataWhenTheStorageServesTheNextRequest) {
   const auto found = copy.GetAttributes().Find(SOAPQName("type", kXsiNamespace));
   ASSERT_NE(found, copy.GetAttributes().End());
   EXPECT_STREQ(found.Value().GetName().CStr(), "Array");
+}
+
+// The lists of children of stored elements are kept in the storage too; an element assigned from
+// a copy takes the copy's list of its own, and each kind of list grows, is cleared and refilled.
+TEST(RequestTree, StoredElementsListTheirChildrenInEitherPlace) {
+  SOAPParameter outside;
+  outside.SetName("s", nullptr);
+  outside.AddParameter("x").SetString("1");
+  SOAPMethod method("m", kSampleNamespace, nullptr, false);
+  SOAPParameter& record = method.AddParameter("r");
+  std::vector<std::string> fields;
+  for (int i = 0; i < 9; ++i) {  // beyond the first two lists
+    record.AddParameter("f").SetString(std::to_string(i).c_str());
+    fields.push_back("f||" + std::to_string(i));
+  }
+  SOAPParameter& assigned = method.AddParameter("s");
+  assigned.AddParameter("y");
+  assigned = outside;
+  for (int i = 0; i < 8; ++i) assigned.AddParameter("z");
+  SOAPParameter& cleared = method.AddParameter("t");
+  cleared.AddParameter("u");
+  cleared.ClearValue();
+  cleared.ReserveParameters(5);
+  cleared.AddParameter("v").SetString("2");
+  EXPECT_EQ(Children(record), fields);
+  EXPECT_THAT(Children(assigned), SizeIs(9));
+  EXPECT_EQ(Children(assigned).front(), "x||1");
+  EXPECT_THAT(Children(cleared), ElementsAre("v||2"));
+  EXPECT_THAT(XMLComposer::ComposeRequest(method),
+              ::testing::AllOf(HasSubstr(">8</f>"), HasSubstr(">2</v>")));
 }
 
 }  // namespace
