@@ -332,6 +332,9 @@ class SOAPParser::Reader {
     bindings_.clear();
     lastAttributes_.clear();
     lastTable_ = nullptr;
+    emptyPrefix_ = nullptr;
+    std::fill(std::begin(recentNames_), std::end(recentNames_), nullptr);
+    nextRecentName_ = 0;
     lastBuckets_ = 0;
     work_ = 0;
     nextClockRead_ = kWorkBetweenClockReads;
@@ -542,7 +545,9 @@ class SOAPParser::Reader {
   // The namespace a prefix stands for here (the empty prefix: the default namespace); null for
   // none.
   const MessageStore::Interned* BoundNamespace(std::string_view prefix) const {
-    const MessageStore::Interned* declared = store_->FindInterned(prefix);
+    // Most names have no prefix: the empty prefix's entry is kept once it is declared.
+    const MessageStore::Interned* declared =
+        prefix.empty() && emptyPrefix_ != nullptr ? emptyPrefix_ : store_->FindInterned(prefix);
     if (declared == nullptr || declared->binding == 0) return nullptr;
     const MessageStore::Interned* uri = bindings_[declared->binding - 1].uri;
     return uri->length != 0 ? uri : nullptr;
@@ -602,7 +607,7 @@ class SOAPParser::Reader {
       element.~SOAPParameter();
       throw;
     }
-    element.ReferName(store_->Intern(name.local).text,
+    element.ReferName(InternLocalName(name.local).text,
                       name.uriEntry != nullptr ? name.uriEntry->text : nullptr);
     if (!tagAttributes_.empty()) AddAttributes(element);
 
@@ -695,6 +700,21 @@ class SOAPParser::Reader {
     size_t colon = qname.find(':');
     return BoundNamespace(colon == kNone ? std::string_view() : qname.substr(0, colon));
   }
+  // An element's local name, kept once. The elements of an answer have few names, so the last
+  // few are looked at before the name is hashed.
+  MessageStore::Interned& InternLocalName(std::string_view local) {
+    for (MessageStore::Interned* known : recentNames_) {
+      if (known != nullptr && known->length == local.size() &&
+          std::memcmp(known->text, local.data(), local.size()) == 0) {
+        return *known;
+      }
+    }
+    MessageStore::Interned& interned = store_->Intern(local);
+    recentNames_[nextRecentName_] = &interned;
+    nextRecentName_ = (nextRecentName_ + 1) % kRecentNames;
+    return interned;
+  }
+
   static std::string_view View(const MessageStore::Interned* text) {
     return text != nullptr ? std::string_view(text->text, text->length) : std::string_view();
   }
@@ -705,6 +725,7 @@ class SOAPParser::Reader {
     Work(1);
     lastAttributes_.clear();  // a qualified-name value may mean another namespace now
     MessageStore::Interned& declared = store_->Intern(prefix);
+    if (prefix.empty()) emptyPrefix_ = &declared;
     bindings_.push_back({&declared, &store_->Intern(uri), declared.binding});
     declared.binding = static_cast<uint32_t>(bindings_.size());
     CheckMemory();
@@ -894,6 +915,12 @@ class SOAPParser::Reader {
   };
   std::vector<StoredAttribute> lastAttributes_;
   SOAPParameter::Attributes::Entry** lastTable_ = nullptr;
+  // The kept entry of the empty prefix, once a default namespace is declared; its binding says
+  // which declaration is in force.
+  MessageStore::Interned* emptyPrefix_ = nullptr;
+  static constexpr size_t kRecentNames = 8;
+  MessageStore::Interned* recentNames_[kRecentNames] = {};
+  size_t nextRecentName_ = 0;
   uint32_t lastBuckets_ = 0;
 
   uint64_t work_ = 0;
