@@ -12,6 +12,15 @@ namespace {
 
 const char* NonEmpty(const char* text) { return text != nullptr && *text != '\0' ? text : nullptr; }
 
+// The row operation of each layout, indexed by ArrayStyle: scalar, encoded array, repeated
+// elements, wrapped array. The wrapper of a wrapped array is read as an encoded array that may
+// carry no array attributes.
+constexpr RowOperation kRowsToWire[] = {&ScalarOut, &EncodedArrayOut, &RepeatedOut, &WrappedOut};
+constexpr ResponseRowOperation kRowsFromWire[] = {&ScalarIn, &EncodedArrayIn, &RepeatedIn,
+                                                  &EncodedArrayIn};
+
+}  // namespace
+
 // Name and namespace of array items. The namespace is the first that exists of: the one of
 // elementName's prefix, the proxy's target namespace, the namespace of the nearest ancestor of the
 // parameter, the empty text. Every element the walks make takes its parent's namespace, so an
@@ -26,15 +35,6 @@ void ChooseItemName(BasicConversionContext<Parameter>& context, const std::strin
   if (ns == nullptr) ns = NonEmpty(inheritedNamespace);
   context.elementNamespace = ns != nullptr ? ns : "";
 }
-
-// The row operation of each layout, indexed by ArrayStyle: scalar, encoded array, repeated
-// elements, wrapped array. The wrapper of a wrapped array is read as an encoded array that may
-// carry no array attributes.
-constexpr RowOperation kRowsToWire[] = {&ScalarOut, &EncodedArrayOut, &RepeatedOut, &WrappedOut};
-constexpr ResponseRowOperation kRowsFromWire[] = {&ScalarIn, &EncodedArrayIn, &RepeatedIn,
-                                                  &EncodedArrayIn};
-
-}  // namespace
 
 // The row that serves the host value: the declared type's, else its base type's. The failure
 // names the declared type, also when it was the base type that failed.
@@ -51,29 +51,11 @@ const XmlDataTypeRow& RowServingRecord(const BasicConversionContext<Parameter>& 
   return code.Row();
 }
 
-// The context of one value: for an array its items are named after the form's element name, in a
-// namespace that may be inherited from inheritFrom (the parameter itself, or the parent that
-// repeated elements stand under).
-template <typename Parameter>
-BasicConversionContext<Parameter> ValueContext(const ValueForm& form, Parameter& parameter,
-                                               const SOAPParameter& inheritFrom,
-                                               HostValueRecord& record, IHostSession& session,
-                                               HostObject proxy) {
-  BasicConversionContext<Parameter> context{parameter, session, proxy,   form.type.name, record,
-                                            {},        {},      nullptr, nullptr};
-  if (form.arrayStyle != kScalar) {
-    ChooseItemName(context, form.elementName, inheritFrom.GetName().GetNamespace().Str());
-  }
-  return context;
-}
-
 // Both directions: the request fills its elements, the response only reads them.
 template const XmlDataTypeRow& RowServingRecord(const ConversionContext&, XmlTypeCode);
 template const XmlDataTypeRow& RowServingRecord(const ResponseContext&, XmlTypeCode);
-template ConversionContext ValueContext(const ValueForm&, SOAPParameter&, const SOAPParameter&,
-                                        HostValueRecord&, IHostSession&, HostObject);
-template ResponseContext ValueContext(const ValueForm&, const SOAPParameter&, const SOAPParameter&,
-                                      HostValueRecord&, IHostSession&, HostObject);
+template void ChooseItemName(ConversionContext&, const std::string&, const char*);
+template void ChooseItemName(ResponseContext&, const std::string&, const char*);
 
 DeclaredType::DeclaredType(IHostSession& session, HostObject proxy, std::string typeName)
     : name(std::move(typeName)) {

@@ -46,14 +46,26 @@ struct ValueForm {
   std::string elementName = "item";  // name of an array's items when the block names none
 };
 
+// The items' name and namespace of an array (see ValueContext).
+template <typename Parameter>
+void ChooseItemName(BasicConversionContext<Parameter>& context, const std::string& elementName,
+                    const char* inheritedNamespace);
 // The context of one value: for an array, its items are named after the form's element name, in
 // a namespace that may be inherited from inheritFrom (the parameter itself, or the parent that
 // repeated elements stand under). Parameter is const for the way in, which only reads it.
+// Inline: every field of every structure makes one.
 template <typename Parameter>
 BasicConversionContext<Parameter> ValueContext(const ValueForm& form, Parameter& parameter,
                                                const SOAPParameter& inheritFrom,
                                                HostValueRecord& record, IHostSession& session,
-                                               HostObject proxy);
+                                               HostObject proxy) {
+  BasicConversionContext<Parameter> context{parameter, session, proxy,   form.type.name, record,
+                                            {},        {},      nullptr, nullptr};
+  if (form.arrayStyle != kScalar) {
+    ChooseItemName(context, form.elementName, inheritFrom.GetName().GetNamespace().Str());
+  }
+  return context;
+}
 // The row that serves context.record: the declared type's (code), else its base type's. The
 // failure names the declared type, also when it was the base type that failed.
 template <typename Parameter>
