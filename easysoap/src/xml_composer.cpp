@@ -457,7 +457,7 @@ class RequestWriter {
     if (whiteSpace_) out_.Append('\n');
   }
 
-  static constexpr int kCheckedNameBits = 3;
+  static constexpr int kCheckedNameBits = 4;
   static constexpr size_t kCheckedNames = size_t{1} << kCheckedNameBits;
 
   Output out_;
