@@ -423,11 +423,18 @@ class SOAPParser::Reader {
   // then its declarations in the order written, then the prefixes of its attributes and its own;
   // what expat would refuse is refused with its words, at the place it would name.
   void Start(const XML_Char* rawName, const XML_Char** attributes) {
-    CheckColons(rawName, attributes);
-    declarationsOpen_.push_back(DeclareNamespaces(attributes));
-    ResolveAttributes(attributes);
+    const std::string_view raw(rawName);
+    if (const size_t at = MisplacedColon(raw); at != kNone) NotWellFormedInName(0, at);
+    uint32_t declared = 0;
+    tagAttributes_.clear();
+    if (attributes[0] != nullptr) {  // most elements of an answer have none
+      CheckColons(attributes);
+      declared = DeclareNamespaces(attributes);
+      ResolveAttributes(attributes);
+    }
+    declarationsOpen_.push_back(declared);
     SplitName name;
-    if (!Resolve(rawName, false, name)) NotWellFormedHere(XML_ERROR_UNBOUND_PREFIX);
+    if (!Resolve(raw, false, name)) NotWellFormedHere(XML_ERROR_UNBOUND_PREFIX);
     ++depth_;
     if (depth_ > limits_->maxDepth) {
       throw SOAPException("The answer nests elements deeper than the limit of %u levels",
@@ -462,11 +469,10 @@ class SOAPParser::Reader {
     StartBodyElement(name);
   }
 
-  void CheckColons(const XML_Char* rawName, const XML_Char** attributes) const {
-    size_t at = MisplacedColon(rawName);
-    if (at != kNone) NotWellFormedInName(0, at);
+  // The names of the attributes; the element's comes first.
+  void CheckColons(const XML_Char** attributes) const {
     for (uint32_t i = 0; attributes[2 * i] != nullptr; ++i) {
-      at = MisplacedColon(attributes[2 * i]);
+      const size_t at = MisplacedColon(attributes[2 * i]);
       if (at != kNone) NotWellFormedInName(i + 1, at);
     }
   }
@@ -492,7 +498,6 @@ class SOAPParser::Reader {
 
   // The tag's attributes but its declarations, in the order written, their names resolved.
   void ResolveAttributes(const XML_Char** attributes) {
-    tagAttributes_.clear();
     bool unbound = false;
     for (const XML_Char** attribute = attributes; *attribute != nullptr; attribute += 2) {
       if (DeclaredPrefix(attribute[0])) continue;
@@ -545,9 +550,10 @@ class SOAPParser::Reader {
   // The namespace a prefix stands for here (the empty prefix: the default namespace); null for
   // none.
   const MessageStore::Interned* BoundNamespace(std::string_view prefix) const {
-    // Most names have no prefix: the empty prefix's entry is kept once it is declared.
+    // Most names have no prefix: the empty prefix's entry is kept once it is declared, and
+    // until then there is no default namespace.
     const MessageStore::Interned* declared =
-        prefix.empty() && emptyPrefix_ != nullptr ? emptyPrefix_ : store_->FindInterned(prefix);
+        prefix.empty() ? emptyPrefix_ : store_->FindInterned(prefix);
     if (declared == nullptr || declared->binding == 0) return nullptr;
     const MessageStore::Interned* uri = bindings_[declared->binding - 1].uri;
     return uri->length != 0 ? uri : nullptr;
