@@ -20,6 +20,7 @@
 #include "easysoap/src/message_store.h"
 #include "easysoap/src/multi_reference.h"
 #include "easysoap/src/soap_namespaces.h"
+#include "easysoap/src/tag_scanner.h"
 #include "easysoap/src/xml_escape.h"
 #include "support/values/soap_exception.h"
 
@@ -27,6 +28,7 @@ using easysoap_internal::AppendEscaped;
 using easysoap_internal::EscapeContext;
 using easysoap_internal::MessageStore;
 using easysoap_internal::MultiReferences;
+using easysoap_internal::TagScanner;
 namespace ns = easysoap_internal::namespaces;
 
 namespace {
@@ -177,50 +179,6 @@ const char* EncodingOverride(const char* data, size_t size, const char* charset)
   return charset;
 }
 
-// The length of the tag at document[at], up to its ">" outside quoted values.
-size_t TagLength(std::string_view document, size_t at) {
-  char quote = '\0';
-  for (size_t end = at + 1; end < document.size(); ++end) {
-    char c = document[end];
-    if (quote != '\0') {
-      if (c == quote) quote = '\0';
-    } else if (c == '"' || c == '\'') {
-      quote = c;
-    } else if (c == '>') {
-      return end + 1 - at;
-    }
-  }
-  return document.size() - at;
-}
-
-// Where the first start or end tag longer than limit bytes begins, or npos. Expat reads a whole
-// tag before it reports it, so one huge tag would cost its memory and time before any handler
-// could object. Only for documents in an encoding that writes markup in ASCII bytes. A tag holds
-// no "<" (not even in a quoted value), so only a tag followed by more than limit bytes without
-// one needs a closer look; comments, CDATA sections and processing instructions are skipped.
-size_t FindOverlongTag(std::string_view document, size_t limit) {
-  constexpr size_t npos = std::string_view::npos;
-  for (size_t at = document.find('<'); at != npos;) {
-    std::string_view rest = document.substr(at);
-    const char* close = rest.starts_with("<!--")        ? "-->"
-                        : rest.starts_with("<![CDATA[") ? "]]>"
-                        : rest.starts_with("<?")        ? "?>"
-                                                        : nullptr;
-    if (close != nullptr) {
-      size_t end = document.find(close, at + 2);
-      if (end == npos) return npos;  // expat tells what is wrong with the rest
-      at = document.find('<', end);
-      continue;
-    }
-    size_t next = document.find('<', at + 1);
-    if ((next == npos ? document.size() : next) - at > limit && TagLength(document, at) > limit) {
-      return at;
-    }
-    at = next;
-  }
-  return npos;
-}
-
 // windows-1252, which some servers send although expat doesn't know it: 0x80 to 0x9F hold
 // typographic characters, the rest is ISO-8859-1. The five unassigned bytes are errors.
 int XMLCALL UnknownEncoding(void*, const XML_Char* name, XML_Encoding* info) {
@@ -262,47 +220,45 @@ class SOAPParser::Reader {
   // False unless the last answer was small and expat read all of it.
   bool Reusable() const { return reusable_; }
 
-  void Parse(const char* data, size_t size, const char* charset, SOAPResponse& response,
-             const SOAPParser::Limits& limits) {
-    Begin(response, limits);
-    if (size > limits_->maxBytes) {
-      throw SOAPException("The answer is larger than the limit of %llu bytes",
-                          static_cast<unsigned long long>(limits_->maxBytes));
-    }
-    memoryLimit_ = limits_->memoryPerByte * uint64_t{size} + SOAPParser::kMemoryAllowance;
-    utf16_ = IsUtf16(data, size);
-    if (!utf16_) {
-      size_t overlong = FindOverlongTag({data, size}, limits_->maxTagBytes);
-      if (overlong != std::string_view::npos) {
-        throw SOAPException("The answer holds a tag longer than the limit of %u bytes at byte %zu",
-                            limits_->maxTagBytes, overlong);
-      }
-    }
+  // Starts reading an answer into response; the pieces follow.
+  void Begin(const char* charset, SOAPResponse& response, const SOAPParser::Limits& limits) {
+    Reset(response, limits);
+    charset_.assign(charset != nullptr ? charset : "");
     response_->Reset();
     response_->GetBody().SetName("Body", ns::kEnvelope);
-    Prepare(EncodingOverride(data, size, charset));
     CheckDeadline();
+  }
 
-    // Pieces keep the clock in view while expat reads a huge tag (and XML_Parse counts in int).
-    size_t offset = 0;
-    do {
-      size_t piece = size - offset < kPiece ? size - offset : kPiece;
-      bool last = offset + piece == size;
-      if (offset != 0) CheckDeadline();
-      if (XML_Parse(parser_, data + offset, static_cast<int>(piece), last) != XML_STATUS_OK) {
-        if (failure_) std::rethrow_exception(failure_);
-        NotWellFormedHere(XML_GetErrorCode(parser_));
-      }
-      offset += piece;
-    } while (offset < size);
-    reusable_ = size <= SOAPParser::kKeptParserBytes;
+  // The next piece of the answer. The start is held until it tells the encoding.
+  void Feed(const char* data, size_t size) {
+    if (size > limits_.maxBytes - received_) {
+      throw SOAPException("The answer is larger than the limit of %llu bytes",
+                          static_cast<unsigned long long>(limits_.maxBytes));
+    }
+    received_ += size;
+    memoryLimit_ = limits_.memoryPerByte * received_ + SOAPParser::kMemoryAllowance;
+    if (!started_) {
+      head_.append(data, size);
+      if (!HeadTellsEncoding()) return;
+      StartExpat();
+      return;
+    }
+    Read(data, size);
+  }
+
+  void Finish() {
+    if (!started_) StartExpat();
+    uint64_t overlong = utf16_ ? TagScanner::kNone : scanner_.End();
+    if (overlong != TagScanner::kNone) ThrowOverlong(overlong);
+    ParsePiece(nullptr, 0, true);
+    reusable_ = received_ <= SOAPParser::kKeptParserBytes;
 
     if (!sawEnvelope_) throw SOAPException("The answer holds no XML element");
     if (!sawBody_) throw SOAPException("The answer's SOAP envelope has no Body");
     if (isFault_) ThrowFault();
     if (references_.HasReferences()) {
       CheckDeadline();
-      references_.Resolve(response_->GetBody(), 2, limits_->maxDepth, limits_->maxElements);
+      references_.Resolve(response_->GetBody(), 2, limits_.maxDepth, limits_.maxElements);
     }
   }
 
@@ -313,10 +269,14 @@ class SOAPParser::Reader {
   };
 
   // Everything one answer's reading starts from; the buffers keep their memory.
-  void Begin(SOAPResponse& response, const SOAPParser::Limits& limits) {
+  void Reset(SOAPResponse& response, const SOAPParser::Limits& limits) {
     reusable_ = false;
     response_ = &response;
-    limits_ = &limits;
+    limits_ = limits;
+    received_ = 0;
+    head_.clear();
+    started_ = false;
+    utf16_ = false;
     store_ = &response.Store();
     failure_ = nullptr;
     depth_ = 0;
@@ -344,6 +304,51 @@ class SOAPParser::Reader {
     captureFrom_ = 0;
     detail_.clear();
     captureScope_.clear();
+  }
+
+  // Whether the start held so far is enough to choose the encoding: a byte order mark, UTF-16
+  // without one, or an XML declaration, read to its end (it is looked for in the first
+  // maxTagBytes bytes).
+  bool HeadTellsEncoding() const {
+    std::string_view head(head_);
+    if (head.size() < 5) return false;
+    return !head.starts_with("<?xml") || head.find("?>") != std::string_view::npos ||
+           head.size() >= limits_.maxTagBytes;
+  }
+
+  // Sets expat up for the encoding that the start held so far tells and reads that start.
+  void StartExpat() {
+    utf16_ = IsUtf16(head_.data(), head_.size());
+    scanner_ = TagScanner(limits_.maxTagBytes);
+    Prepare(EncodingOverride(head_.data(), head_.size(),
+                             charset_.empty() ? nullptr : charset_.c_str()));
+    started_ = true;
+    Read(head_.data(), head_.size());
+    head_.clear();
+  }
+
+  void Read(const char* data, size_t size) {
+    uint64_t overlong = utf16_ ? TagScanner::kNone : scanner_.Scan(data, size);
+    if (overlong != TagScanner::kNone) ThrowOverlong(overlong);
+    // Pieces keep the clock in view while expat reads a huge tag (and XML_Parse counts in int).
+    for (size_t offset = 0; offset < size;) {
+      size_t piece = size - offset < kPiece ? size - offset : kPiece;
+      CheckDeadline();
+      ParsePiece(data + offset, piece, false);
+      offset += piece;
+    }
+  }
+
+  void ParsePiece(const char* data, size_t size, bool last) {
+    if (XML_Parse(parser_, data, static_cast<int>(size), last) != XML_STATUS_OK) {
+      if (failure_) std::rethrow_exception(failure_);
+      NotWellFormedHere(XML_GetErrorCode(parser_));
+    }
+  }
+
+  [[noreturn]] void ThrowOverlong(uint64_t at) const {
+    throw SOAPException("The answer holds a tag longer than the limit of %u bytes at byte %llu",
+                        limits_.maxTagBytes, static_cast<unsigned long long>(at));
   }
 
   // A new expat parser, or the last one reset. Expat forgets the handlers, the user data, the
@@ -436,18 +441,18 @@ class SOAPParser::Reader {
     SplitName name;
     if (!Resolve(raw, false, name)) NotWellFormedHere(XML_ERROR_UNBOUND_PREFIX);
     ++depth_;
-    if (depth_ > limits_->maxDepth) {
+    if (depth_ > limits_.maxDepth) {
       throw SOAPException("The answer nests elements deeper than the limit of %u levels",
-                          limits_->maxDepth);
+                          limits_.maxDepth);
     }
-    if (++elementCount_ > limits_->maxElements) {
+    if (++elementCount_ > limits_.maxElements) {
       throw SOAPException("The answer holds more than the limit of %u elements",
-                          limits_->maxElements);
+                          limits_.maxElements);
     }
     const auto attributeCount = static_cast<uint32_t>(tagAttributes_.size());
-    if (attributeCount > limits_->maxAttributes) {
+    if (attributeCount > limits_.maxAttributes) {
       throw SOAPException("The answer gives an element more than the limit of %u attributes",
-                          limits_->maxAttributes);
+                          limits_.maxAttributes);
     }
     Work(1 + attributeCount);
     if (skipFrom_ != 0) return;
@@ -486,10 +491,10 @@ class SOAPParser::Reader {
       const std::string_view uri(attribute[1]);
       const XML_Error refused = RefusedDeclaration(*prefix, uri);
       if (refused != XML_ERROR_NONE) NotWellFormedHere(refused);
-      if (++declared > limits_->maxDeclarations) {
+      if (++declared > limits_.maxDeclarations) {
         throw SOAPException(
             "The answer declares more than the limit of %u namespaces on an element",
-            limits_->maxDeclarations);
+            limits_.maxDeclarations);
       }
       Declare(*prefix, uri);
     }
@@ -796,8 +801,8 @@ class SOAPParser::Reader {
   }
 
   void CheckDeadline() const {
-    if (limits_->deadline != SOAPParser::Clock::time_point::max() &&
-        SOAPParser::Clock::now() >= limits_->deadline) {
+    if (limits_.deadline != SOAPParser::Clock::time_point::max() &&
+        SOAPParser::Clock::now() >= limits_.deadline) {
       throw SOAPSocketException("reading the answer took longer than the time-out");
     }
   }
@@ -809,7 +814,7 @@ class SOAPParser::Reader {
     if (used > memoryLimit_) {
       throw SOAPException(
           "The answer needs more memory than the limit of %llu bytes, %u times its size",
-          static_cast<unsigned long long>(memoryLimit_), limits_->memoryPerByte);
+          static_cast<unsigned long long>(memoryLimit_), limits_.memoryPerByte);
     }
   }
 
@@ -890,8 +895,14 @@ class SOAPParser::Reader {
   bool reusable_ = false;
 
   SOAPResponse* response_ = nullptr;
-  const SOAPParser::Limits* limits_ = nullptr;
+  SOAPParser::Limits limits_;
   std::exception_ptr failure_;
+
+  std::string charset_;  // the HTTP answer's, or empty
+  uint64_t received_ = 0;
+  std::string head_;  // the start of the answer, until it tells the encoding
+  bool started_ = false;
+  TagScanner scanner_;
 
   uint32_t depth_ = 0;
   uint32_t elementCount_ = 0;
@@ -959,17 +970,38 @@ SOAPParser::~SOAPParser() = default;
 
 void SOAPParser::Parse(const char* data, size_t size, const char* charset, SOAPResponse& response,
                        const Limits& limits) {
+  Begin(charset, response, limits);
+  Feed(data != nullptr ? data : "", data != nullptr ? size : 0);
+  Finish();
+}
+
+void SOAPParser::Begin(const char* charset, SOAPResponse& response, const Limits& limits) {
   if (limits.maxDepth < 3) throw SOAPException("The depth limit of a parse must be 3 or more");
   if (reader_ == nullptr) reader_ = std::make_unique<Reader>();
-  // A reader that may not be kept goes, with all it holds, however the answer ended.
-  struct Keep {
-    std::unique_ptr<Reader>& reader;
-    ~Keep() {
-      if (!reader->Reusable()) reader.reset();
-    }
-  } keep{reader_};
-  reader_->Parse(data != nullptr ? data : "", data != nullptr ? size : 0, charset, response,
-                 limits);
+  Ending ending{reader_, true};
+  reader_->Begin(charset, response, limits);
+  ending.over = false;
+}
+
+void SOAPParser::Feed(const char* data, size_t size) {
+  if (reader_ == nullptr) throw SOAPException("No answer is being read");
+  Ending ending{reader_, true};
+  reader_->Feed(data, size);
+  ending.over = false;
+}
+
+void SOAPParser::Finish() {
+  if (reader_ == nullptr) throw SOAPException("No answer is being read");
+  Ending ending{reader_, true};
+  reader_->Finish();
+}
+
+void SOAPParser::Abandon() {
+  if (reader_ != nullptr && !reader_->Reusable()) reader_.reset();
+}
+
+SOAPParser::Ending::~Ending() {
+  if (over && reader != nullptr && !reader->Reusable()) reader.reset();
 }
 
 void SOAPParser::ParseResponse(const char* data, size_t size, const char* charset,

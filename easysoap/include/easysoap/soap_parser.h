@@ -73,7 +73,16 @@ class EASYSOAP_API SOAPParser {
   void Parse(const char* data, size_t size, const char* charset, SOAPResponse& response,
              const Limits& limits);
 
-  // The same with a parser of its own.
+  // The same for an answer that arrives in pieces, read as they come: Begin, then Feed with each
+  // piece in order, then Finish. The memory limit counts the bytes fed so far. Feed and Finish
+  // throw what Parse throws; the answer is over after a throw, after Finish, or after Abandon
+  // (for an answer whose transfer failed midway).
+  void Begin(const char* charset, SOAPResponse& response, const Limits& limits);
+  void Feed(const char* data, size_t size);
+  void Finish();
+  void Abandon();
+
+  // The same as Parse with a parser of its own.
   static void ParseResponse(const char* data, size_t size, const char* charset,
                             SOAPResponse& response);
   static void ParseResponse(const char* data, size_t size, const char* charset,
@@ -81,5 +90,11 @@ class EASYSOAP_API SOAPParser {
 
  private:
   class Reader;
+  // A reader that may not be kept goes, with all it holds, when the answer is over.
+  struct Ending {
+    std::unique_ptr<Reader>& reader;
+    bool over;
+    ~Ending();
+  };
   std::unique_ptr<Reader> reader_;
 };

@@ -1,0 +1,104 @@
+#include "easysoap/src/tag_scanner.h"
+
+#include <cstring>
+#include <string_view>
+
+namespace easysoap_internal {
+
+uint64_t TagScanner::Scan(const char* data, size_t size) {
+  size_t i = 0;
+  while (i < size && found_ == kNone) {
+    if (state_ == State::kText || state_ == State::kTag) {
+      // The next "<" begins a tag; in a tag, one within the limit ends it however its bytes read.
+      const void* next = std::memchr(data + i, '<', size - i);
+      size_t at =
+          next != nullptr ? static_cast<size_t>(static_cast<const char*>(next) - data) : size;
+      if (state_ == State::kText || (next != nullptr && done_ + at - tagStart_ <= limit_)) {
+        if (next == nullptr) break;
+        Step('<', done_ + at);
+        i = at + 1;
+        continue;
+      }
+      for (; i < size && state_ == State::kTag && found_ == kNone; ++i) Step(data[i], done_ + i);
+      continue;
+    }
+    Step(data[i], done_ + i);
+    ++i;
+  }
+  done_ += size;
+  return found_;
+}
+
+uint64_t TagScanner::End() {
+  if (state_ == State::kOpening && found_ == kNone) OpenTag();
+  return found_;
+}
+
+void TagScanner::Step(char c, uint64_t offset) {
+  switch (state_) {
+    case State::kText:
+      if (c == '<') {
+        tagStart_ = offset;
+        openingLength_ = 0;
+        state_ = State::kOpening;
+      }
+      return;
+    case State::kOpening: {
+      opening_[openingLength_++] = c;
+      std::string_view seen(opening_, openingLength_);
+      if (seen == "?") {
+        Skip('?', 1, 0);
+      } else if (seen == "!--") {
+        Skip('-', 2, 2);  // the close may begin right after "<!", as in "<!-->"
+      } else if (seen == "![CDATA[") {
+        Skip(']', 2, 0);
+      } else if (!std::string_view("!--").starts_with(seen) &&
+                 !std::string_view("![CDATA[").starts_with(seen)) {
+        OpenTag();
+      }
+      return;
+    }
+    case State::kTag:
+      if (c == '<') {
+        state_ = State::kText;
+        Step(c, offset);
+      } else if (offset - tagStart_ >= limit_) {
+        found_ = tagStart_;
+      } else if (quote_ != '\0') {
+        if (c == quote_) quote_ = '\0';
+      } else if (c == '"' || c == '\'') {
+        quote_ = c;
+      } else if (c == '>') {
+        state_ = State::kText;
+      }
+      return;
+    case State::kSkipped:
+      if (c == '>' && matched_ == closeRepeats_) {
+        state_ = State::kText;
+      } else if (c == closeRepeat_) {
+        if (matched_ < closeRepeats_) ++matched_;
+      } else {
+        matched_ = 0;
+      }
+      return;
+  }
+}
+
+void TagScanner::OpenTag() {
+  char opening[sizeof opening_];
+  uint8_t length = openingLength_;
+  std::memcpy(opening, opening_, length);
+  uint64_t start = tagStart_;
+  state_ = State::kTag;
+  quote_ = '\0';
+  for (uint8_t k = 0; k < length && found_ == kNone; ++k) Step(opening[k], start + 1 + k);
+}
+
+void TagScanner::Skip(char repeat, uint8_t repeats, uint8_t matched) {
+  state_ = State::kSkipped;
+  closeRepeat_ = repeat;
+  closeRepeats_ = repeats;
+  matched_ = matched;
+}
+
+}  // namespace easysoap_internal
