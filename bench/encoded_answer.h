@@ -24,16 +24,29 @@ inline constexpr const char* kAnswerHead =
 inline constexpr const char* kAnswerTail =
     "</ns:echoArrayResponse></SOAP-ENV:Body></SOAP-ENV:Envelope>";
 
-// An rpc/encoded answer carrying count strings (ItemText) or ints, in one block of its own size.
-inline std::string EncodedArrayAnswer(int64_t count, bool ints) {
+// Writes an rpc/encoded answer carrying count strings (ItemText) or ints to out, which appends
+// texts (a std::string, or what hands them on as they come).
+template <typename Out>
+void WriteEncodedArray(int64_t count, bool ints, Out& out) {
   const std::string type = ints ? "xsd:int" : "xsd:string";
+  out.append(kAnswerHead);
+  out.append("<result xsi:type=\"SOAP-ENC:Array\" SOAP-ENC:arrayType=\"");
+  out.append(type + "[" + std::to_string(count) + "]\">");
+  for (int64_t i = 0; i < count; ++i) {
+    out.append("<item xsi:type=\"");
+    out.append(type);
+    out.append("\">");
+    out.append(ints ? std::to_string(i % 100000) : ItemText(i));
+    out.append("</item>");
+  }
+  out.append("</result>");
+  out.append(kAnswerTail);
+}
+
+// The same answer in one block of its own size.
+inline std::string EncodedArrayAnswer(int64_t count, bool ints) {
   std::string text;
   text.reserve(static_cast<size_t>(count) * (ints ? 40 : 64) + 1024);
-  text.append(kAnswerHead).append("<result xsi:type=\"SOAP-ENC:Array\" SOAP-ENC:arrayType=\"");
-  text.append(type).append("[").append(std::to_string(count)).append("]\">");
-  for (int64_t i = 0; i < count; ++i) {
-    text.append("<item xsi:type=\"").append(type).append("\">");
-    text.append(ints ? std::to_string(i % 100000) : ItemText(i)).append("</item>");
-  }
-  return text.append("</result>").append(kAnswerTail);
+  WriteEncodedArray(count, ints, text);
+  return text;
 }

@@ -1,6 +1,6 @@
-// Peak memory of one parse, for /usr/bin/time -v: builds an answer of a given shape and size in
-// memory and parses it once into the element tree. The answer text itself is part of the peak,
-// as it is in a call, where the transport holds it while the parser reads it.
+// Peak memory of one parse, for /usr/bin/time -v: makes an answer of a given shape and size and
+// parses it into the element tree as it is made, in pieces of 16 KiB as libcurl hands them to a
+// call, so that the answer is never held whole, as in a call.
 //
 //   bench_parse_memory SHAPE SIZE
 //
@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 #include "easysoap/soap_parser.h"
 #include "encoded_answer.h"
@@ -25,22 +26,62 @@
 
 namespace {
 
+// Takes the answer's text as it is made and feeds the parser with it a piece at a time. After a
+// refusal the rest is only counted.
+class Stream {
+ public:
+  explicit Stream(SOAPParser& parser) : parser_(parser) {}
+  void append(std::string_view text) {
+    bytes_ += text.size();
+    if (!refusal_.empty()) return;
+    piece_.append(text);
+    if (piece_.size() >= kPiece) Flush();
+  }
+  size_t size() const { return bytes_; }
+  // Feeds what is left and ends the answer; the refusal's text, or empty.
+  std::string Finish() {
+    Flush();
+    Guarded([&] { parser_.Finish(); });
+    return refusal_;
+  }
+
+ private:
+  static constexpr size_t kPiece = 16 * 1024;  // CURL_MAX_WRITE_SIZE
+  void Flush() {
+    Guarded([&] { parser_.Feed(piece_.data(), piece_.size()); });
+    piece_.clear();
+  }
+  template <typename Action>
+  void Guarded(Action action) {
+    if (!refusal_.empty()) return;
+    try {
+      action();
+    } catch (const SOAPException& e) {
+      refusal_ = e.What() != nullptr ? e.What() : "(no text)";
+    }
+  }
+  SOAPParser& parser_;
+  std::string piece_;
+  size_t bytes_ = 0;
+  std::string refusal_;
+};
+
 // Repeats what make() appends until the answer has about mebibytes MiB.
 template <typename Make>
-std::string Filled(long mebibytes, const char* open, const char* close, Make make) {
+void Fill(Stream& out, long mebibytes, const char* open, const char* close, Make make) {
   const size_t target = static_cast<size_t>(mebibytes) << 20;
-  std::string text;
-  text.reserve(target + 256);  // one block: the answer's own size is all the peak holds of it
-  text.append(kAnswerHead).append(open);
-  for (long i = 0; text.size() + 512 < target; ++i) make(text, i);
-  return text.append(close).append(kAnswerTail);
+  out.append(kAnswerHead);
+  out.append(open);
+  for (long i = 0; out.size() + 512 < target; ++i) make(out, i);
+  out.append(close);
+  out.append(kAnswerTail);
 }
 
-std::string Build(const char* shape, long size) {
-  if (std::strcmp(shape, "ints") == 0) return EncodedArrayAnswer(size, true);
-  if (std::strcmp(shape, "strings") == 0) return EncodedArrayAnswer(size, false);
+void Write(const char* shape, long size, Stream& out) {
+  if (std::strcmp(shape, "ints") == 0) return WriteEncodedArray(size, true, out);
+  if (std::strcmp(shape, "strings") == 0) return WriteEncodedArray(size, false, out);
   if (std::strcmp(shape, "elements") == 0) {
-    return Filled(size, "", "", [](std::string& text, long) { text += "<a/>"; });
+    return Fill(out, size, "", "", [](Stream& text, long) { text.append("<a/>"); });
   }
   if (std::strcmp(shape, "attributes") == 0) {
     std::string letters;
@@ -48,30 +89,31 @@ std::string Build(const char* shape, long size) {
       letters += std::string(" ") + c + "=\"\"";
     letters += "/>";
     // The number makes each element's attributes differ from its neighbour's.
-    return Filled(size, "", "", [&](std::string& text, long i) {
-      text.append("<a z0=\"").append(std::to_string(i)).append("\"").append(letters);
+    return Fill(out, size, "", "", [&](Stream& text, long i) {
+      text.append("<a z0=\"" + std::to_string(i) + "\"");
+      text.append(letters);
     });
   }
   if (std::strcmp(shape, "names") == 0) {
-    return Filled(size, "", "", [](std::string& text, long i) {
+    return Fill(out, size, "", "", [](Stream& text, long i) {
       text.append("<a");
-      for (int k = 0; k < 8; ++k) text.append(" n").append(std::to_string(8 * i + k)).append("=''");
+      for (int k = 0; k < 8; ++k) text.append(" n" + std::to_string(8 * i + k) + "=''");
       text.append("/>");
     });
   }
   if (std::strcmp(shape, "wide") == 0) {
-    return Filled(size, "<w", "/>",
-                  [](std::string& text, long i) { text += " a" + std::to_string(i) + "=\"\""; });
+    return Fill(out, size, "<w", "/>",
+                [](Stream& text, long i) { text.append(" a" + std::to_string(i) + "=\"\""); });
   }
   if (std::strcmp(shape, "namespaces") == 0) {
-    return Filled(size, "<w", "/>", [](std::string& text, long i) {
-      text += " xmlns:p" + std::to_string(i) + "=\"u\"";
+    return Fill(out, size, "<w", "/>", [](Stream& text, long i) {
+      text.append(" xmlns:p" + std::to_string(i) + "=\"u\"");
     });
   }
   if (std::strcmp(shape, "nested-ns") == 0) {
-    return Filled(size, "", "", [](std::string& text, long i) {
-      text += "<p" + std::to_string(i % 1000) + ":e xmlns:p" + std::to_string(i % 1000) +
-              "=\"urn:x\"/>";
+    return Fill(out, size, "", "", [](Stream& text, long i) {
+      text.append("<p" + std::to_string(i % 1000) + ":e xmlns:p" + std::to_string(i % 1000) +
+                  "=\"urn:x\"/>");
     });
   }
   std::fprintf(stderr, "unknown shape %s\n", shape);
@@ -82,20 +124,23 @@ std::string Build(const char* shape, long size) {
 
 int main(int argc, char** argv) {
   if (argc != 3) {
-    std::fprintf(stderr,
-                 "usage: %s ints|strings|elements|attributes|names|wide|namespaces|nested-ns SIZE\n",
-                 argv[0]);
+    std::fprintf(
+        stderr, "usage: %s ints|strings|elements|attributes|names|wide|namespaces|nested-ns SIZE\n",
+        argv[0]);
     return 2;
   }
-  const std::string text = Build(argv[1], std::atol(argv[2]));
-  std::printf("answer: %zu bytes\n", text.size());
+  SOAPParser parser;
   SOAPResponse response;
-  try {
-    SOAPParser::ParseResponse(text.data(), text.size(), nullptr, response);
+  parser.Begin(nullptr, response, SOAPParser::Limits());
+  Stream stream(parser);
+  Write(argv[1], std::atol(argv[2]), stream);
+  std::string refusal = stream.Finish();
+  std::printf("answer: %zu bytes\n", stream.size());
+  if (refusal.empty()) {
     std::printf("parsed: %u children in the method element\n",
                 response.GetMethod().GetParams().Size());
-  } catch (const SOAPException& e) {
-    std::printf("refused: %s\n", e.What() != nullptr ? e.What() : "(no text)");
+  } else {
+    std::printf("refused: %s\n", refusal.c_str());
   }
   return 0;
 }

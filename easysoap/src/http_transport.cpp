@@ -242,17 +242,33 @@ std::string HttpTransport::Where() const {
 size_t HttpTransport::OnBody(char* data, size_t size, size_t count, void* self) {
   auto* transport = static_cast<HttpTransport*>(self);
   size_t bytes = size * count;
-  std::string& body = transport->receiving_->body;
-  if (body.size() + bytes > transport->maxAnswerBytes_) {
+  HttpAnswer& answer = *transport->receiving_;
+  if (bytes > transport->maxAnswerBytes_ - answer.bodyBytes) {
     transport->answerTooLarge_ = true;
     return 0;  // ends the transfer
   }
-  try {
-    body.append(data, bytes);
-  } catch (...) {
-    return 0;  // no memory: the transfer ends as failed
+  if (answer.bodyBytes == 0 && !transport->TakeHeader(answer)) return 0;
+  answer.bodyBytes += bytes;
+  if (!transport->reader_->Receive(answer, data, bytes)) {
+    transport->stoppedByReader_ = true;
+    return 0;
   }
   return bytes;
+}
+
+bool HttpTransport::TakeHeader(HttpAnswer& answer) const noexcept {
+  try {
+    curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &answer.status);
+    char* contentType = nullptr;
+    curl_easy_getinfo(handle_, CURLINFO_CONTENT_TYPE, &contentType);
+    if (contentType != nullptr) {
+      answer.contentType = contentType;
+      answer.charset = CharsetOf(answer.contentType);
+    }
+    return true;
+  } catch (...) {
+    return false;  // no memory: the transfer ends as failed
+  }
 }
 
 void HttpTransport::SetHeaders(const SOAPString& soapAction) {
@@ -300,15 +316,17 @@ void HttpTransport::SetHeaders(const SOAPString& soapAction) {
   headersBuilt_ = true;
 }
 
-void HttpTransport::Post(const std::string& body, const SOAPString& soapAction,
-                         HttpAnswer& answer) {
+void HttpTransport::Post(const std::string& body, const SOAPString& soapAction, HttpAnswer& answer,
+                         AnswerReader& reader) {
   SetHeaders(soapAction);
   answer.status = 0;
   answer.contentType.clear();
   answer.charset.clear();
-  answer.body.clear();
+  answer.bodyBytes = 0;
   receiving_ = &answer;
+  reader_ = &reader;
   answerTooLarge_ = false;
+  stoppedByReader_ = false;
   errorText_[0] = '\0';
   curl_easy_setopt(handle_, CURLOPT_POSTFIELDS, body.data());
   curl_easy_setopt(handle_, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
@@ -324,7 +342,6 @@ void HttpTransport::Post(const std::string& body, const SOAPString& soapAction,
     // giving up"). When nothing came back on a reused connection, the request goes once more on
     // a new one.
     if (DiedUnanswered(code)) {
-      answer.body.clear();
       errorText_[0] = '\0';
       curl_easy_setopt(handle_, CURLOPT_FRESH_CONNECT, 1L);
       code = curl_easy_perform(handle_);
@@ -332,8 +349,8 @@ void HttpTransport::Post(const std::string& body, const SOAPString& soapAction,
     }
   }
   receiving_ = nullptr;
+  reader_ = nullptr;
   if (answerTooLarge_ || code == CURLE_FILESIZE_EXCEEDED) {
-    answer.body.clear();
     throw SOAPException("The answer from %s is larger than the limit of %llu bytes",
                         Where().c_str(), static_cast<unsigned long long>(maxAnswerBytes_));
   }
@@ -343,14 +360,9 @@ void HttpTransport::Post(const std::string& body, const SOAPString& soapAction,
         "header line, %d bytes in all)",
         Where().c_str(), kMaxHeaderLineBytes, kMaxHeaderBytes);
   }
+  if (stoppedByReader_ && code == CURLE_WRITE_ERROR) return;
   if (code != CURLE_OK) ThrowTransportFailure(code);
-  curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &answer.status);
-  char* contentType = nullptr;
-  curl_easy_getinfo(handle_, CURLINFO_CONTENT_TYPE, &contentType);
-  if (contentType != nullptr) {
-    answer.contentType = contentType;
-    answer.charset = CharsetOf(answer.contentType);
-  }
+  if (answer.bodyBytes == 0 && !TakeHeader(answer)) throw SOAPMemoryException();
 }
 
 HttpTransport::Received HttpTransport::WhatCameBack() const {

@@ -20,7 +20,17 @@ struct HttpAnswer {
   long status = 0;
   std::string contentType;  // as the server sent it; empty when it sent none
   std::string charset;      // the charset parameter of contentType, unquoted; may be empty
-  std::string body;         // decompressed
+  uint64_t bodyBytes = 0;   // decompressed
+};
+
+// What takes an answer's body as it arrives, decompressed. The header is complete before the first
+// byte, so status and Content-Type are known from then on.
+class AnswerReader {
+ public:
+  virtual ~AnswerReader() = default;
+  // False stops the transfer; the exchange then ends as if the answer had been complete. Nothing
+  // may be thrown.
+  virtual bool Receive(const HttpAnswer& answer, const char* data, size_t size) noexcept = 0;
 };
 
 class HttpTransport {
@@ -36,10 +46,12 @@ class HttpTransport {
   HttpTransport& operator=(const HttpTransport&) = delete;
 
   // POSTs body as text/xml. soapAction null sends no SOAPAction header, an empty one sends
-  // SOAPAction: "" and any other text is sent quoted. answer is replaced, its buffers reused.
-  // Throws SOAPSocketException when the exchange fails on the way (naming host:port, never a
-  // password), SOAPException for an answer beyond the size limit or an unusable action.
-  void Post(const std::string& body, const SOAPString& soapAction, HttpAnswer& answer);
+  // SOAPAction: "" and any other text is sent quoted. answer is replaced, its buffers reused; the
+  // body goes to reader as it arrives. Throws SOAPSocketException when the exchange fails on the
+  // way (naming host:port, never a password), SOAPException for an answer beyond the size limit
+  // or an unusable action.
+  void Post(const std::string& body, const SOAPString& soapAction, HttpAnswer& answer,
+            AnswerReader& reader);
 
   // "host:port" of the service, and of the proxy server when there is one, for messages.
   std::string Where() const;
@@ -51,6 +63,8 @@ class HttpTransport {
   static constexpr int kMaxHeaderBytes = 300 * 1024;
 
   static size_t OnBody(char* data, size_t size, size_t count, void* self);
+  // Status and Content-Type of the answer being received; false when there was no memory.
+  bool TakeHeader(HttpAnswer& answer) const noexcept;
   // What the last exchange got back, as libcurl counts it.
   struct Received {
     long newConnections = -1;  // 0: the exchange went over a reused connection
@@ -80,7 +94,9 @@ class HttpTransport {
   bool headerHasAction_ = false;
   bool headersBuilt_ = false;
   HttpAnswer* receiving_ = nullptr;
+  AnswerReader* reader_ = nullptr;
   bool answerTooLarge_ = false;
+  bool stoppedByReader_ = false;
   char errorText_[CURL_ERROR_SIZE] = {};
   std::string trust_;  // which variables named the trusted CAs, for TLS failure messages
 };

@@ -33,21 +33,33 @@ std::optional<ServiceAddress> ProxyServer(const char* proxyAddress) {
 bool IsSuccess(long status) { return status >= 200 && status < 300; }
 
 // The first bytes of an answer that isn't SOAP, printable, so that an HTML error page or a
-// stray text shows what it is.
-std::string Beginning(const std::string& body) {
-  constexpr size_t kShown = 160;
-  std::string shown;
-  for (size_t i = 0; i < body.size() && shown.size() < kShown; ++i) {
-    unsigned char c = static_cast<unsigned char>(body[i]);
-    if (c == '\r' || c == '\n' || c == '\t') {
-      if (!shown.empty() && shown.back() != ' ') shown.push_back(' ');
-    } else {
-      shown.push_back(c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '?');
+// stray text shows what it is; taken as the answer arrives.
+class Beginning {
+ public:
+  void Clear() {
+    shown_.clear();
+    bytes_ = 0;
+  }
+  void Add(const char* data, size_t size) {
+    bytes_ += size;
+    for (size_t i = 0; i < size && shown_.size() < kShown; ++i) {
+      unsigned char c = static_cast<unsigned char>(data[i]);
+      if (c == '\r' || c == '\n' || c == '\t') {
+        if (!shown_.empty() && shown_.back() != ' ') shown_.push_back(' ');
+      } else {
+        shown_.push_back(c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '?');
+      }
     }
   }
-  if (body.size() > shown.size()) shown.append("...");
-  return shown;
-}
+  // Whether more of the answer would change nothing.
+  bool Complete() const { return shown_.size() >= kShown && bytes_ > shown_.size(); }
+  std::string Text() const { return bytes_ > shown_.size() ? shown_ + "..." : shown_; }
+
+ private:
+  static constexpr size_t kShown = 160;
+  std::string shown_;
+  uint64_t bytes_ = 0;
+};
 
 // Each request and answer go to the log at the traffic level: the address without its user part,
 // the action, the status and the body, never a header (Authorization stays out).
@@ -60,23 +72,26 @@ void LogRequest(const std::string& url, const SOAPString& action, const std::str
                       static_cast<unsigned int>(entry.size()));
 }
 
-void LogAnswer(const HttpAnswer& answer) {
+void LogAnswer(const HttpAnswer& answer, const std::string& body) {
   std::string entry = "HTTP " + std::to_string(answer.status) + " " + answer.contentType + "\n";
-  entry.append(answer.body).append("\n");
+  entry.append(body).append("\n");
   SOAPDebugger::Write(SOAPDebugger::kTraffic, entry.data(),
                       static_cast<unsigned int>(entry.size()));
 }
 
 }  // namespace
 
-struct SOAPProxy::Impl {
+// The answer is parsed as it arrives, so that the whole body is never held besides its tree.
+struct SOAPProxy::Impl final : private easysoap_internal::AnswerReader {
   Impl(ServiceAddress service, std::optional<ServiceAddress> proxy, long timeout, int style)
       : transport(std::move(service), std::move(proxy), timeout, SOAPParser::Limits().maxBytes),
         timeoutSeconds(timeout < 0 ? 0 : timeout),
         bindingStyle(style) {}
 
   void Execute(const SOAPMethod& method);
-  void Interpret(const std::string& where, SOAPParser::Clock::time_point started);
+  bool Receive(const HttpAnswer& received, const char* data, size_t size) noexcept override;
+  // Throws what the failure of reading the answer means to the caller.
+  [[noreturn]] void Refuse();
 
   HttpTransport transport;
   long timeoutSeconds;  // for the whole call, reading the answer included; 0 for none
@@ -85,6 +100,14 @@ struct SOAPProxy::Impl {
   std::string request;  // buffers kept from call to call
   HttpAnswer answer;
   SOAPParser parser;  // its expat parser too
+
+  // The answer being received.
+  SOAPParser::Limits limits;
+  bool logging = false;
+  std::string body;  // all of it, for the traffic log only
+  Beginning beginning;
+  bool reading = false;        // the parser has begun it
+  std::exception_ptr failure;  // why it can't be read, once that is known
 };
 
 void SOAPProxy::Impl::Execute(const SOAPMethod& method) {
@@ -95,31 +118,78 @@ void SOAPProxy::Impl::Execute(const SOAPMethod& method) {
   XMLComposer::ComposeRequest(method, style, request);
 
   const SOAPString& action = method.GetSoapAction();
-  bool logging = SOAPDebugger::IsLogging(SOAPDebugger::kTraffic);
+  logging = SOAPDebugger::IsLogging(SOAPDebugger::kTraffic);
   if (logging) LogRequest(transport.Service().url, action, request);
-  transport.Post(request, action, answer);
-  if (logging) LogAnswer(answer);
-  Interpret(transport.Where(), started);
-}
-
-void SOAPProxy::Impl::Interpret(const std::string& where, SOAPParser::Clock::time_point started) {
-  const char* contentType = answer.contentType.empty() ? "none" : answer.contentType.c_str();
-  if (answer.body.empty()) {
-    // "Accepted" and "No Content" are how a server answers a call that has no answer.
-    if (answer.status == 202 || answer.status == 204) return;
-    throw SOAPException("The server at %s answered HTTP %ld with no SOAP message (empty body)",
-                        where.c_str(), answer.status);
-  }
-  SOAPParser::Limits limits;
+  limits = SOAPParser::Limits();
   // A time-out beyond what the clock can count (centuries) is no deadline.
   auto countable = std::chrono::duration_cast<std::chrono::seconds>(
       SOAPParser::Clock::time_point::max() - started);
   if (timeoutSeconds > 0 && timeoutSeconds < countable.count()) {
     limits.deadline = started + std::chrono::seconds(timeoutSeconds);
   }
+  body.clear();
+  beginning.Clear();
+  reading = false;
+  failure = nullptr;
   try {
-    parser.Parse(answer.body.data(), answer.body.size(),
-                 answer.charset.empty() ? nullptr : answer.charset.c_str(), response, limits);
+    transport.Post(request, action, answer, *this);
+  } catch (...) {
+    parser.Abandon();
+    response.Reset();  // what was read before the transfer failed
+    if (failure && IsSuccess(answer.status)) Refuse();  // refused before the transfer failed
+    throw;
+  }
+  if (logging) {
+    LogAnswer(answer, body);
+    if (body.capacity() > SOAPParser::kKeptParserBytes) std::string().swap(body);
+  }
+  if (failure) Refuse();
+  if (answer.bodyBytes == 0) {
+    // "Accepted" and "No Content" are how a server answers a call that has no answer.
+    if (answer.status == 202 || answer.status == 204) return;
+    throw SOAPException("The server at %s answered HTTP %ld with no SOAP message (empty body)",
+                        transport.Where().c_str(), answer.status);
+  }
+  try {
+    parser.Finish();
+  } catch (...) {
+    failure = std::current_exception();
+    Refuse();
+  }
+  if (!IsSuccess(answer.status)) {
+    response.Reset();
+    throw SOAPException("The server at %s answered HTTP %ld with a SOAP message that is no fault",
+                        transport.Where().c_str(), answer.status);
+  }
+}
+
+bool SOAPProxy::Impl::Receive(const HttpAnswer& received, const char* data, size_t size) noexcept {
+  try {
+    beginning.Add(data, size);
+    if (logging) body.append(data, size);
+    if (!failure) {
+      if (!reading) {
+        reading = true;
+        parser.Begin(received.charset.empty() ? nullptr : received.charset.c_str(), response,
+                     limits);
+      }
+      parser.Feed(data, size);
+    }
+  } catch (...) {
+    if (failure) return false;
+    failure = std::current_exception();
+  }
+  // A refused answer is read on only as far as the log and the message need it. One with an error
+  // status is read to its end: a server (or proxy server) that refuses a request may close the
+  // connection before it has read the request, and the transfer's failure tells that best.
+  return !failure || logging || !beginning.Complete() || !IsSuccess(received.status);
+}
+
+void SOAPProxy::Impl::Refuse() {
+  std::string where = transport.Where();
+  const char* contentType = answer.contentType.empty() ? "none" : answer.contentType.c_str();
+  try {
+    std::rethrow_exception(failure);
   } catch (const SOAPFaultException&) {
     throw;  // a fault is the server's answer, whatever the HTTP status
   } catch (const SOAPMemoryException&) {
@@ -135,17 +205,12 @@ void SOAPProxy::Impl::Interpret(const std::string& where, SOAPParser::Clock::tim
       throw SOAPException(
           "The answer from %s (HTTP %ld, Content-Type %s) is not a usable SOAP "
           "message: %s. It begins: %s",
-          where.c_str(), answer.status, contentType, e.What(), Beginning(answer.body).c_str());
+          where.c_str(), answer.status, contentType, e.What(), beginning.Text().c_str());
     }
     throw SOAPException(
         "The server at %s answered HTTP %ld without a SOAP fault "
         "(Content-Type %s): %s. It begins: %s",
-        where.c_str(), answer.status, contentType, e.What(), Beginning(answer.body).c_str());
-  }
-  if (!IsSuccess(answer.status)) {
-    response.Reset();
-    throw SOAPException("The server at %s answered HTTP %ld with a SOAP message that is no fault",
-                        where.c_str(), answer.status);
+        where.c_str(), answer.status, contentType, e.What(), beginning.Text().c_str());
   }
 }
 
