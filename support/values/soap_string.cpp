@@ -9,11 +9,9 @@ SOAPString::SOAPString(const char* text) { Assign(text); }
 
 SOAPString::SOAPString(const SOAPString& other) { Assign(other.buffer_); }
 
-SOAPString::SOAPString(SOAPString&& other) noexcept
-    : buffer_(other.buffer_), capacity_(other.capacity_), referred_(other.referred_) {
+SOAPString::SOAPString(SOAPString&& other) noexcept : buffer_(other.buffer_), bits_(other.bits_) {
   other.buffer_ = nullptr;
-  other.capacity_ = kInitialCapacity;
-  other.referred_ = false;
+  other.bits_ = kInitialCapacity;
 }
 
 SOAPString& SOAPString::operator=(const SOAPString& other) {
@@ -25,11 +23,9 @@ SOAPString& SOAPString::operator=(SOAPString&& other) noexcept {
   if (this != &other) {
     Clear();
     buffer_ = other.buffer_;
-    capacity_ = other.capacity_;
-    referred_ = other.referred_;
+    bits_ = other.bits_;
     other.buffer_ = nullptr;
-    other.capacity_ = kInitialCapacity;
-    other.referred_ = false;
+    other.bits_ = kInitialCapacity;
   }
   return *this;
 }
@@ -40,18 +36,18 @@ SOAPString& SOAPString::operator=(const char* text) {
 }
 
 SOAPString::~SOAPString() {
-  if (!referred_) easysoap_free(buffer_);
+  if (!Referred()) easysoap_free(buffer_);
 }
 
 void SOAPString::Assign(const char* text) {
-  if (text == buffer_ && text != nullptr && !referred_) return;  // assigning our own text
+  if (text == buffer_ && text != nullptr && !Referred()) return;  // assigning our own text
   Unrefer();
   if (text == nullptr) {
     Clear();
     return;
   }
   if (buffer_ != nullptr) {
-    if (memccpy(buffer_, text, '\0', capacity_) != nullptr) return;
+    if (memccpy(buffer_, text, '\0', Capacity()) != nullptr) return;
     // Doesn't fit: start over with a buffer that does.
     Clear();
   }
@@ -60,7 +56,7 @@ void SOAPString::Assign(const char* text) {
 }
 
 void SOAPString::Reserve(uint32_t bytes) {
-  if (referred_) {
+  if (Referred()) {
     // Take the text over into a buffer of our own, large enough for both.
     const char* text = buffer_;
     uint32_t length = SOAPText::Length(text);
@@ -69,8 +65,8 @@ void SOAPString::Reserve(uint32_t bytes) {
     if (buffer_ != nullptr) SOAPText::Copy(buffer_, text);
     return;
   }
-  if (buffer_ != nullptr && capacity_ >= bytes) return;
-  uint32_t wanted = capacity_;
+  if (buffer_ != nullptr && Capacity() >= bytes) return;
+  uint32_t wanted = Capacity();
   while (wanted < bytes) {
     if (wanted > UINT32_MAX / 2) {  // no capacity can be counted in 32 bits: leave no buffer
       Clear();
@@ -78,8 +74,8 @@ void SOAPString::Reserve(uint32_t bytes) {
     }
     wanted *= 2;
   }
-  capacity_ = wanted;
-  auto* block = static_cast<char*>(easysoap_malloc(capacity_));
+  SetCapacity(wanted);
+  auto* block = static_cast<char*>(easysoap_malloc(wanted));
   if (buffer_ != nullptr) {
     if (block != nullptr) SOAPText::Copy(block, buffer_);
     easysoap_free(buffer_);
@@ -111,17 +107,17 @@ SOAPString& SOAPString::Append(const char* text, uint32_t n) {
 }
 
 void SOAPString::Clear() {
-  if (!referred_ && buffer_ != nullptr) easysoap_free(buffer_);
+  if (!Referred() && buffer_ != nullptr) easysoap_free(buffer_);
   buffer_ = nullptr;
-  referred_ = false;
+  SetReferred(false);
 }
 
 void SOAPString::FreeBuffer() { easysoap_free(buffer_); }
 
 void SOAPString::Unrefer() {
-  if (!referred_) return;
+  if (!Referred()) return;
   buffer_ = nullptr;
-  referred_ = false;
+  SetReferred(false);
 }
 
 uint32_t SOAPString::Length() const { return SOAPText::Length(buffer_); }

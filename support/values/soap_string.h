@@ -12,7 +12,9 @@
 
 #include "support/values/easysoap_api.h"
 
-class EASYSOAP_API SOAPString {
+// Twelve bytes on a four-byte boundary: an element of the tree holds three of them, and a parsed
+// answer holds an element for every value.
+class EASYSOAP_API __attribute__((packed, aligned(4))) SOAPString {
  public:
   static constexpr uint32_t kInitialCapacity = 32;
 
@@ -41,7 +43,7 @@ class EASYSOAP_API SOAPString {
   void Refer(const char* text) {
     if (OwnsBuffer()) FreeBuffer();
     buffer_ = const_cast<char*>(text);  // never written through: every change copies first
-    referred_ = text != nullptr;
+    bits_ = (bits_ & ~kReferred) | (text != nullptr ? kReferred : 0);
   }
 
   // The text, or null when there is none.
@@ -50,19 +52,24 @@ class EASYSOAP_API SOAPString {
   const char* CStr() const { return buffer_ != nullptr ? buffer_ : ""; }
   bool IsNull() const { return buffer_ == nullptr; }
   // Whether the string holds a buffer of its own, which its destruction frees.
-  bool OwnsBuffer() const { return buffer_ != nullptr && !referred_; }
+  bool OwnsBuffer() const { return buffer_ != nullptr && !Referred(); }
   uint32_t Length() const;
-  uint32_t Capacity() const { return capacity_; }
+  uint32_t Capacity() const { return bits_ & ~kReferred; }
 
  private:
+  // A capacity is a power of two of 32 or more, which leaves its lowest bit for the mark that
+  // buffer_ is someone else's text.
+  static constexpr uint32_t kReferred = 1;
+  bool Referred() const { return (bits_ & kReferred) != 0; }
+  void SetReferred(bool referred) { bits_ = Capacity() | (referred ? kReferred : 0); }
+  void SetCapacity(uint32_t capacity) { bits_ = capacity | (bits_ & kReferred); }
   // Lets go of a referred text without freeing it.
   void Unrefer();
   // Frees the string's own buffer, which stays set.
   void FreeBuffer();
 
   char* buffer_ = nullptr;
-  uint32_t capacity_ = kInitialCapacity;
-  bool referred_ = false;  // buffer_ is someone else's text
+  uint32_t bits_ = kInitialCapacity;  // the capacity, and the referred mark
 };
 
 // Byte-for-byte equality; a missing text equals an empty one.

@@ -32,12 +32,14 @@ class EASYSOAP_API SOAPParameter {
   using Attributes = SOAPHashMap<SOAPQName, SOAPQName>;
   using Children = SOAPGrowArray<SOAPParameter*>;
 
-  // The value data of an element.
+  // The value data of an element. The text comes after the eight-byte members, and the marks
+  // after the text, so that they fill what would be padding (a parsed answer holds one for every
+  // value).
   struct Data {
-    SOAPString text;        // character content; no text until some is stored
     Children children;      // owned by the element whose own data this is
     Attributes attributes;  // key: the attribute's name; value: its text in `name`, and for a
                             // QName-valued attribute the namespace of the QName in `namespace`
+    SOAPString text;        // character content; no text until some is stored
     bool isNull = false;    // marked nil (xsi:nil="true")
     bool isStruct = false;  // the children are written as elements
     // The element whose own data this is, and the attribute entries, live in a message's
@@ -126,3 +128,5 @@ class EASYSOAP_API SOAPParameter {
   Data ownValue_;
   Data* value_;
 };
+
+static_assert(sizeof(SOAPParameter) <= 88, "an element's size counts for every value of an answer");
