@@ -426,6 +426,83 @@ TEST(SoapParserTest, KeptParserReadsEachAnswerAsANewOne) {
   }
 }
 
+// An answer read in pieces as they arrive (Begin, Feed, Finish) gives what the whole answer gives,
+// wherever the pieces end: inside the XML declaration or a byte order mark, a comment, a CDATA
+// section, a quoted value, a multi-byte character or a tag that is too long. Split in two at every
+// byte, and in pieces of one byte, by one kept parser.
+TEST(SoapParserTest, ReadsAnAnswerSplitAnywhereAsAWhole) {
+  const std::string open =
+      "<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'><e:Body>";
+  const std::string close = "</e:Body></e:Envelope>";
+  auto answer = [&](const std::string& method) { return open + method + close; };
+  std::string utf16 = "\xFF\xFE";
+  for (char c : answer("<m><t>u</t></m>")) utf16 += {c, '\0'};
+  const std::string x50(50, 'x');
+  const SOAPParser::Limits tags80{.maxTagBytes = 80};
+  const std::string at = std::to_string(open.size() + 3);
+  const struct {
+    std::string document;
+    const char* charset;
+    std::string expected;  // part of the text thrown, or the tree's
+    SOAPParser::Limits limits = {};
+  } cases[] = {
+      {"<?xml version='1.0' encoding='ISO-8859-1'?>" + answer("<m><t>\xE9</t></m>"), "UTF-8",
+       "t||\xC3\xA9|"},
+      {answer("<m><t>\xE9</t></m>"), "ISO-8859-1", "t||\xC3\xA9|"},
+      {"\xEF\xBB\xBF" + answer("<m><t>\xC3\xA9</t></m>"), "ISO-8859-1", "t||\xC3\xA9|"},
+      {"<?xml version='1.0' encoding='windows-1252'?>" + answer("<m><t>\x80</t></m>"), nullptr,
+       "t||\xE2\x82\xAC|"},
+      {utf16, "ISO-8859-1", "t||u|"},
+      {answer("<m><!-- <b> 'c' " + x50 + x50 + " --><![CDATA[ <x> ]] > '" + x50 + x50 + "]]><?pi " +
+              x50 + x50 + " ?><t a='>' b=\"'\">v</t></m>"),
+       nullptr, "t||v|2|", tags80},
+      {answer("<m><t a='" + std::string(71, 'v') + "'/></m>"), nullptr, "t|||1|", tags80},
+      {answer("<m><t a='" + std::string(72, 'v') + "'/></m>"), nullptr,
+       "tag longer than the limit of 80 bytes at byte " + at, tags80},
+      {answer("<m><t a=\"" + x50 + "'" + x50 + "\"/></m>"), nullptr,
+       "tag longer than the limit of 80 bytes at byte " + at, tags80},
+      {answer("<m><t a='" + x50 + "<" + x50 + "'/></m>"), nullptr, "not well-formed", tags80},
+      {answer("<m><a href='#x'/></m><b id='x'>shared</b>"), nullptr, "a||shared|1|"},
+      {answer("<e:Fault><faultcode>e:Server</faultcode><faultstring>no</faultstring>"
+              "<detail><p>1</p></detail></e:Fault>"),
+       nullptr, "<tssp_fstring>no</tssp_fstring><tssp_fdetailmessage><p>1</p>"},
+      {answer("<m><t>1</t></x>"), nullptr, "mismatched tag at line 1, column 86"},
+      {"<e/", nullptr, "unclosed token"},
+      {"", nullptr, "no element found"},
+  };
+  SOAPParser kept;
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.document.substr(0, 100));
+    const std::string& d = c.document;
+    SOAPResponse whole;
+    const Outcome expected =
+        Attempt([&] { SOAPParser::ParseResponse(d.data(), d.size(), c.charset, whole, c.limits); });
+    const std::string tree = expected.thrown.empty() ? Tree(whole.GetBody()) : "";
+    EXPECT_THAT(expected.thrown.empty() ? tree : expected.text, HasSubstr(c.expected));
+    std::vector<std::vector<size_t>> cuts;  // where each piece ends
+    for (size_t cut = 0; cut <= d.size(); ++cut) cuts.push_back({cut, d.size()});
+    cuts.emplace_back();
+    for (size_t cut = 1; cut <= d.size(); ++cut) cuts.back().push_back(cut);
+    for (const std::vector<size_t>& ends : cuts) {
+      SOAPResponse response;
+      const Outcome outcome = Attempt([&] {
+        kept.Begin(c.charset, response, c.limits);
+        size_t begin = 0;
+        for (size_t end : ends) {
+          kept.Feed(d.data() + begin, end - begin);
+          begin = end;
+        }
+        kept.Finish();
+      });
+      ASSERT_EQ(outcome.thrown, expected.thrown) << ends.front();
+      ASSERT_EQ(outcome.text, expected.text) << ends.front();
+      if (expected.thrown.empty()) {
+        ASSERT_EQ(Tree(response.GetBody()), tree) << ends.front();
+      }
+    }
+  }
+}
+
 // Parsed elements keep their texts in the response's storage; changing one copies what changes,
 // and the response ends cleanly with changed and added parts (ASan checks the leaks).
 TEST(SoapParameterTest, ChangesParsedElementsLikeBuiltOnes) {
