@@ -8,22 +8,30 @@ namespace easysoap_internal {
 uint64_t TagScanner::Scan(const char* data, size_t size) {
   size_t i = 0;
   while (i < size && found_ == kNone) {
-    if (state_ == State::kText || state_ == State::kTag) {
-      // The next "<" begins a tag; in a tag, one within the limit ends it however its bytes read.
-      const void* next = std::memchr(data + i, '<', size - i);
-      size_t at =
-          next != nullptr ? static_cast<size_t>(static_cast<const char*>(next) - data) : size;
-      if (state_ == State::kText || (next != nullptr && done_ + at - tagStart_ <= limit_)) {
-        if (next == nullptr) break;
-        Step('<', done_ + at);
-        i = at + 1;
-        continue;
-      }
-      for (; i < size && state_ == State::kTag && found_ == kNone; ++i) Step(data[i], done_ + i);
+    if (state_ != State::kText && state_ != State::kTag) {
+      Step(data[i], done_ + i);
+      ++i;
       continue;
     }
-    Step(data[i], done_ + i);
-    ++i;
+    const char* next = static_cast<const char*>(std::memchr(data + i, '<', size - i));
+    size_t at = next != nullptr ? static_cast<size_t>(next - data) : size;
+    if (state_ == State::kTag && (next == nullptr || done_ + at - tagStart_ > limit_)) {
+      // A tag still open at the end of the piece, or followed by more than limit bytes without a
+      // "<": byte by byte, until a ">" ends it or the limit does.
+      for (; i < at && state_ == State::kTag && found_ == kNone; ++i) Step(data[i], done_ + i);
+      continue;
+    }
+    if (next == nullptr) break;
+    i = at + 1;
+    if (i < size && data[i] != '!' && data[i] != '?') {
+      // The usual case: a start or end tag, whose bytes are read from i on.
+      tagStart_ = done_ + at;
+      quote_ = '\0';
+      state_ = State::kTag;
+    } else {
+      state_ = State::kText;
+      Step('<', done_ + at);
+    }
   }
   done_ += size;
   return found_;
