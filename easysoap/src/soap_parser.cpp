@@ -229,7 +229,8 @@ class SOAPParser::Reader {
     CheckDeadline();
   }
 
-  // The next piece of the answer. The start is held until it tells the encoding.
+  // The next piece of the answer. The start is held until it tells the encoding, and an answer
+  // until it is larger than kHeldBytes.
   void Feed(const char* data, size_t size) {
     if (size > limits_.maxBytes - received_) {
       throw SOAPException("The answer is larger than the limit of %llu bytes",
@@ -237,20 +238,17 @@ class SOAPParser::Reader {
     }
     received_ += size;
     memoryLimit_ = limits_.memoryPerByte * received_ + SOAPParser::kMemoryAllowance;
-    if (!started_) {
-      head_.append(data, size);
-      if (!HeadTellsEncoding()) return;
-      StartExpat();
-      return;
-    }
-    Read(data, size);
+    if (started_) return Read(data, size, false);
+    head_.append(data, size);
+    if (head_.size() > SOAPParser::kHeldBytes && HeadTellsEncoding()) StartExpat(false);
   }
 
   void Finish() {
-    if (!started_) StartExpat();
-    uint64_t overlong = utf16_ ? TagScanner::kNone : scanner_.End();
-    if (overlong != TagScanner::kNone) ThrowOverlong(overlong);
-    ParsePiece(nullptr, 0, true);
+    if (started_) {
+      Read(nullptr, 0, true);
+    } else {
+      StartExpat(true);
+    }
     reusable_ = received_ <= SOAPParser::kKeptParserBytes;
 
     if (!sawEnvelope_) throw SOAPException("The answer holds no XML element");
@@ -317,26 +315,31 @@ class SOAPParser::Reader {
   }
 
   // Sets expat up for the encoding that the start held so far tells and reads that start.
-  void StartExpat() {
+  void StartExpat(bool last) {
     utf16_ = IsUtf16(head_.data(), head_.size());
     scanner_ = TagScanner(limits_.maxTagBytes);
     Prepare(EncodingOverride(head_.data(), head_.size(),
                              charset_.empty() ? nullptr : charset_.c_str()));
     started_ = true;
-    Read(head_.data(), head_.size());
+    Read(head_.data(), head_.size(), last);
+    if (head_.capacity() > SOAPParser::kKeptParserBytes) std::string().swap(head_);
     head_.clear();
   }
 
-  void Read(const char* data, size_t size) {
-    uint64_t overlong = utf16_ ? TagScanner::kNone : scanner_.Scan(data, size);
-    if (overlong != TagScanner::kNone) ThrowOverlong(overlong);
+  void Read(const char* data, size_t size, bool last) {
+    if (!utf16_) {
+      uint64_t overlong = scanner_.Scan(data, size);
+      if (overlong == TagScanner::kNone && last) overlong = scanner_.End();
+      if (overlong != TagScanner::kNone) ThrowOverlong(overlong);
+    }
     // Pieces keep the clock in view while expat reads a huge tag (and XML_Parse counts in int).
-    for (size_t offset = 0; offset < size;) {
+    size_t offset = 0;
+    do {
       size_t piece = size - offset < kPiece ? size - offset : kPiece;
       CheckDeadline();
-      ParsePiece(data + offset, piece, false);
+      ParsePiece(data + offset, piece, last && offset + piece == size);
       offset += piece;
-    }
+    } while (offset < size);
   }
 
   void ParsePiece(const char* data, size_t size, bool last) {

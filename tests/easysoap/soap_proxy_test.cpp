@@ -23,6 +23,7 @@
 #include "common/tiny_proxy.h"
 #include "easysoap/library_test_support.h"
 #include "easysoap/soap_debugger.h"
+#include "easysoap/soap_parser.h"
 
 namespace tssoap::test {
 namespace {
@@ -30,6 +31,12 @@ namespace {
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
+
+std::string ReadFile(const std::string& path) {
+  std::stringstream text;
+  text << std::ifstream(path).rdbuf();
+  return text.str();
+}
 
 // echoString on a new proxy.
 Outcome CallOnce(const std::string& url, long timeout = 10) {
@@ -217,6 +224,70 @@ TEST(SoapProxyTest, EachServerAnswerGivesItsOutcome) {
   EXPECT_EQ(result.GetParameter("list").GetParams().Size(), 3u);
 }
 
+// The answer is parsed as it arrives, in whatever pieces: chunks that split the XML declaration
+// and characters, gzip, the charset of the Content-Type, a fault with an error status. An answer
+// refused midway ends the transfer at once (the server below would hold it open for long), and
+// its message shows how it begins; at the traffic level the log still gets all of it.
+TEST(SoapProxyTest, ReadsTheAnswerAsItArrives) {
+  const char *plain = "SOAPException", *usable = "is not a usable SOAP message";
+  std::string items;
+  for (int i = 0; i < 20000; ++i) items += "<item>" + std::to_string(i) + "</item>";
+  const std::string many = SoapEnvelope("<ns:r><result>many</result>" + items + "</ns:r>");
+  const std::string undeclared = SoapEnvelope("<ns:r><result>caf\xE9</result></ns:r>");
+  std::string gzipped = ChunkedHttpResponse(200, "text/xml", Gzip(many), 100);
+  gzipped.insert(gzipped.find("\r\n") + 2, "Content-Encoding: gzip\r\n");
+  const std::string html = "<html>" + std::string(SOAPParser::kHeldBytes, 'x') + "</html>";
+  // A header that promises much more than is sent, and a connection held open.
+  auto startsAndWaits = [](std::string body) -> LoopbackHttpServer::Responder {
+    return [body](HttpConnection& c, const HttpRequest&) {
+      c.Send("HTTP/1.1 200 OK\r\nContent-Type: text/xml\r\nContent-Length: 50000000\r\n\r\n" +
+             body);
+      c.HoldOpen();
+    };
+  };
+  struct Case {
+    LoopbackHttpServer::Responder responder;
+    const char* thrown;  // empty: nothing
+    std::string part;    // of the text thrown, or the result's text
+    std::string otherPart = "";
+  };
+  const Case cases[] = {
+      {Sends(ChunkedHttpResponse(200, "text/xml", many, 7)), "", "many"},
+      {Sends(ChunkedHttpResponse(200, "text/xml; charset=ISO-8859-1",
+                                 undeclared.substr(undeclared.find("?>") + 2), 3)),
+       "", "caf\xC3\xA9"},
+      {Sends(gzipped), "", "many"},
+      {Sends(ChunkedHttpResponse(500, "text/xml",
+                                 SoapEnvelope("<SOAP-ENV:Fault><faultcode>Server</faultcode>"
+                                              "<faultstring>down</faultstring></SOAP-ENV:Fault>"),
+                                 5)),
+       "SOAPFaultException", "<tssp_fstring>down</tssp_fstring>"},
+      {startsAndWaits(html), plain, "(HTTP 200, Content-Type text/xml) " + std::string(usable),
+       "its root element is 'html' in the namespace ''. It begins: <html>" + std::string(154, 'x') +
+           "..."},
+      {startsAndWaits(many.substr(0, many.rfind("</ns:r>")) + "</wrong>"), plain, usable,
+       "mismatched tag"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.part.substr(0, 60));
+    LoopbackHttpServer server(c.responder, std::chrono::seconds(30));
+    Outcome outcome = CallOnce(server.Url(), 20);
+    EXPECT_EQ(outcome.thrown, c.thrown) << outcome.text.substr(0, 500);
+    EXPECT_THAT(outcome.text, AllOf(HasSubstr(c.part), HasSubstr(c.otherPart)));
+  }
+
+  const std::string log = ::testing::TempDir() + "tssoap-log-" + std::to_string(getpid());
+  ASSERT_TRUE(SOAPDebugger::SetFile(log.c_str()));
+  SOAPDebugger::SetMessageLevel(SOAPDebugger::kTraffic);
+  LoopbackHttpServer server(Sends(ChunkedHttpResponse(200, "text/xml", html, 10)));
+  Outcome outcome = CallOnce(server.Url());
+  SOAPDebugger::Close();
+  SOAPDebugger::SetMessageLevel(0);
+  EXPECT_THAT(outcome.text, HasSubstr(usable));
+  EXPECT_THAT(ReadFile(log), HasSubstr("HTTP 200 text/xml\n" + html + "\n"));
+  std::remove(log.c_str());
+}
+
 // Refused, unknown host and untrusted certificate: each names the place, none the credentials.
 TEST(SoapProxyTest, NetworkFailuresNameThePlaceAndNeverThePassword) {
   const std::string key = ::testing::TempDir() + "tssoap-key-" + std::to_string(getpid());
@@ -268,12 +339,6 @@ TEST(SoapProxyTest, RefusesAddressesItCantUseWithoutShowingThePassword) {
   }
   DeleteSOAPProxy(nullptr);
   DeleteSOAPProxy(InitSOAPProxyEx("http://host/svc", "  ", 5, 2));  // blank: no proxy server
-}
-
-std::string ReadFile(const std::string& path) {
-  std::stringstream text;
-  text << std::ifstream(path).rdbuf();
-  return text.str();
 }
 
 // Without a file nothing is written and nothing fails. Bytes go unchanged, up to the level set,

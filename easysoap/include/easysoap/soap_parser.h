@@ -57,6 +57,10 @@ class EASYSOAP_API SOAPParser {
     Clock::time_point deadline = Clock::time_point::max();
   };
 
+  // Feed holds an answer up to this size and reads it in one go when it ends: expat counts the
+  // lines and columns of everything it reads short of the end (about 11 instructions a byte).
+  static constexpr size_t kHeldBytes = 256 * 1024;
+
   // Answers up to this size leave the parser's expat parser and buffers to the next answer;
   // larger ones (and any that expat couldn't read to the end) free them, so that a kept parser
   // never holds more than a small answer needed.
