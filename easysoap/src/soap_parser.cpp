@@ -52,6 +52,7 @@ constexpr const char* kSoap12Envelope = "http://www.w3.org/2003/05/soap-envelope
 // into a buffer of its own, so pieces also keep that copy small.
 constexpr uint64_t kWorkBetweenClockReads = 4096;
 constexpr size_t kPiece = size_t{256} << 10;
+constexpr size_t kLongStart = size_t{16} << 10;  // what libcurl hands over at once
 
 // Expat keeps a copy of every distinct name it meets, with its hash entries, for as long as the
 // parse lasts; about this much a name, measured with answers of a million distinct names.
@@ -239,6 +240,11 @@ class SOAPParser::Reader {
     received_ += size;
     memoryLimit_ = limits_.memoryPerByte * received_ + SOAPParser::kMemoryAllowance;
     if (started_) return Read(data, size, false);
+    // A start that has come in more than one piece and is already long probably runs on: room
+    // for all that may be held is made at once, so that the start is copied once.
+    if (head_.size() + size > head_.capacity() && head_.size() >= kLongStart) {
+      head_.reserve(SOAPParser::kHeldBytes + size);
+    }
     head_.append(data, size);
     if (head_.size() > SOAPParser::kHeldBytes && HeadTellsEncoding()) StartExpat(false);
   }

@@ -19,6 +19,8 @@ template <typename T>
 class SOAPGrowArray {
  public:
   static constexpr uint32_t kMinimumCapacity = 8;
+  // The capacity shares a word with the adopted mark (an element of the tree holds an array).
+  static constexpr uint32_t kMaximumCapacity = (uint32_t{1} << 31) - 1;
 
   SOAPGrowArray() = default;
   SOAPGrowArray(const SOAPGrowArray& other) { CopyFrom(other); }
@@ -41,7 +43,7 @@ class SOAPGrowArray {
     if (n <= capacity_) return;
     uint32_t grown = capacity_ < kMinimumCapacity ? kMinimumCapacity : capacity_;
     while (grown < n) {
-      if (grown > UINT32_MAX / 2) throw SOAPMemoryException();
+      if (grown > kMaximumCapacity / 2) throw SOAPMemoryException();
       grown *= 2;
     }
     if (grown > SIZE_MAX / sizeof(T)) throw SOAPMemoryException();
@@ -61,17 +63,18 @@ class SOAPGrowArray {
     capacity_ = grown;
   }
 
-  // Shows block, capacity slots that each hold a T, the first size of them in use, without owning
-  // it: the block must outlive the array or its next growth. What the array held is released.
+  // Shows block, capacity slots (at most kMaximumCapacity) that each hold a T, the first size of
+  // them in use, without owning it: the block must outlive the array or its next growth. What the
+  // array held is released.
   void Adopt(T* block, uint32_t capacity, uint32_t size) {
     Release();
     elements_ = block;
     capacity_ = capacity;
     size_ = size;
-    adopted_ = true;
+    adopted_ = 1;
   }
   // Whether the block in use is one shown by Adopt.
-  bool Adopted() const { return adopted_; }
+  bool Adopted() const { return adopted_ != 0; }
 
   // Grows by Reserve; shrinking only lowers the size, the slots keep their contents.
   void Resize(uint32_t n) {
@@ -122,8 +125,8 @@ class SOAPGrowArray {
     size_ = other.size_;
   }
   void DestroySlots() {
-    if (adopted_) {
-      adopted_ = false;
+    if (adopted_ != 0) {
+      adopted_ = 0;
       return;
     }
     for (uint32_t i = 0; i < capacity_; ++i) elements_[i].~T();
@@ -137,13 +140,17 @@ class SOAPGrowArray {
   }
   void Swap(SOAPGrowArray& other) noexcept {
     std::swap(elements_, other.elements_);
-    std::swap(capacity_, other.capacity_);
     std::swap(size_, other.size_);
-    std::swap(adopted_, other.adopted_);
+    const uint32_t capacity = capacity_;
+    const bool adopted = adopted_;
+    capacity_ = other.capacity_;
+    adopted_ = other.adopted_;
+    other.capacity_ = capacity;
+    other.adopted_ = adopted;
   }
 
   T* elements_ = nullptr;
-  uint32_t capacity_ = 0;
   uint32_t size_ = 0;
-  bool adopted_ = false;
+  uint32_t capacity_ : 31 = 0;
+  uint32_t adopted_ : 1 = 0;
 };
