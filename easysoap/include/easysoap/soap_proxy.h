@@ -30,8 +30,10 @@
 // with (a cached proxy is handed methods whose member was never set); see XMLComposer.
 //
 // Answers are read under the limits of SOAPParser (64 MiB, 256 levels, 2,000,000 elements, 14
-// bytes of memory for each byte of the answer, tags of 1 MiB, 1,024 attributes and namespace
-// declarations on an element).
+// bytes of memory for each byte of the answer received so far, tags of 1 MiB, 1,024 attributes
+// and namespace declarations on an element), as they arrive, so that a large answer is never held
+// whole besides its tree (see SOAPParser::kHeldBytes). An answer refused midway ends the transfer
+// there; one with an error status is read to its end.
 #pragma once
 
 #include <memory>
