@@ -108,7 +108,7 @@ class MessageStore {
   };
   static constexpr int kMemoBits = 4;
   static constexpr size_t kMemoSlots = size_t{1} << kMemoBits;
-  static constexpr int kRecentBits = 6;
+  static constexpr int kRecentBits = 7;
   static constexpr size_t kRecentSlots = size_t{1} << kRecentBits;
   static constexpr size_t kAlignment = alignof(void*);  // enough for every object of the tree
 

@@ -242,7 +242,7 @@ class SOAPParser::Reader {
     if (started_) return Read(data, size, false);
     // A start that has come in more than one piece and is already long probably runs on: room
     // for all that may be held is made at once, so that the start is copied once.
-    if (head_.size() + size > head_.capacity() && head_.size() >= kLongStart) {
+    if (head_.size() + size > head_.capacity() && head_.size() + size > kLongStart) {
       head_.reserve(SOAPParser::kHeldBytes + size);
     }
     head_.append(data, size);

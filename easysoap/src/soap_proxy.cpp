@@ -1,5 +1,6 @@
 #include "easysoap/soap_proxy.h"
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <new>
@@ -33,31 +34,38 @@ std::optional<ServiceAddress> ProxyServer(const char* proxyAddress) {
 bool IsSuccess(long status) { return status >= 200 && status < 300; }
 
 // The first bytes of an answer that isn't SOAP, printable, so that an HTML error page or a
-// stray text shows what it is; taken as the answer arrives.
+// stray text shows what it is. The bytes are kept as they arrive (a few, copied at once) and made
+// printable only for a message.
 class Beginning {
  public:
   void Clear() {
-    shown_.clear();
+    kept_.clear();
     bytes_ = 0;
   }
   void Add(const char* data, size_t size) {
     bytes_ += size;
-    for (size_t i = 0; i < size && shown_.size() < kShown; ++i) {
-      unsigned char c = static_cast<unsigned char>(data[i]);
-      if (c == '\r' || c == '\n' || c == '\t') {
-        if (!shown_.empty() && shown_.back() != ' ') shown_.push_back(' ');
-      } else {
-        shown_.push_back(c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '?');
-      }
-    }
+    if (kept_.size() < kKept) kept_.append(data, std::min(size, kKept - kept_.size()));
   }
   // Whether more of the answer would change nothing.
-  bool Complete() const { return shown_.size() >= kShown && bytes_ > shown_.size(); }
-  std::string Text() const { return bytes_ > shown_.size() ? shown_ + "..." : shown_; }
+  bool Complete() const { return kept_.size() >= kKept && bytes_ > kKept; }
+  std::string Text() const {
+    std::string shown;
+    for (size_t i = 0; i < kept_.size() && shown.size() < kShown; ++i) {
+      unsigned char c = static_cast<unsigned char>(kept_[i]);
+      if (c == '\r' || c == '\n' || c == '\t') {
+        if (!shown.empty() && shown.back() != ' ') shown.push_back(' ');
+      } else {
+        shown.push_back(c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '?');
+      }
+    }
+    if (bytes_ > shown.size()) shown.append("...");
+    return shown;
+  }
 
  private:
   static constexpr size_t kShown = 160;
-  std::string shown_;
+  static constexpr size_t kKept = 1024;  // enough for kShown but after a long run of line breaks
+  std::string kept_;
   uint64_t bytes_ = 0;
 };
 
@@ -135,7 +143,7 @@ void SOAPProxy::Impl::Execute(const SOAPMethod& method) {
     transport.Post(request, action, answer, *this);
   } catch (...) {
     parser.Abandon();
-    response.Reset();  // what was read before the transfer failed
+    response.Reset();                                   // what was read before the transfer failed
     if (failure && IsSuccess(answer.status)) Refuse();  // refused before the transfer failed
     throw;
   }

@@ -1,5 +1,6 @@
 #include "easysoap/src/tag_scanner.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 
@@ -8,7 +9,11 @@ namespace easysoap_internal {
 uint64_t TagScanner::Scan(const char* data, size_t size) {
   size_t i = 0;
   while (i < size && found_ == kNone) {
-    if (state_ != State::kText && state_ != State::kTag) {
+    if (state_ == State::kSkipped) {
+      i = Skipped(data, size, i);
+      continue;
+    }
+    if (state_ == State::kOpening) {
       Step(data[i], done_ + i);
       ++i;
       continue;
@@ -35,6 +40,23 @@ uint64_t TagScanner::Scan(const char* data, size_t size) {
   }
   done_ += size;
   return found_;
+}
+
+size_t TagScanner::Skipped(const char* data, size_t size, size_t i) {
+  // Only a ">" can end the section: the bytes before it tell whether the close is complete.
+  const void* found = std::memchr(data + i, '>', size - i);
+  const size_t end =
+      found != nullptr ? static_cast<size_t>(static_cast<const char*>(found) - data) : size;
+  uint8_t run = 0;  // repeats of the close's first character right before end
+  while (run < closeRepeats_ && end - run > i && data[end - run - 1] == closeRepeat_) ++run;
+  if (run == end - i) run = static_cast<uint8_t>(std::min<size_t>(closeRepeats_, run + matched_));
+  if (found == nullptr) {
+    matched_ = run;
+    return size;
+  }
+  matched_ = 0;
+  if (run == closeRepeats_) state_ = State::kText;
+  return end + 1;
 }
 
 uint64_t TagScanner::End() {

@@ -29,6 +29,8 @@ class TagScanner {
  private:
   enum class State : uint8_t { kText, kOpening, kTag, kSkipped };
 
+  // Reads a skipped section from data[i] up to its next ">"; returns where to go on.
+  size_t Skipped(const char* data, size_t size, size_t i);
   // Reads one byte at offset, whatever the state.
   void Step(char c, uint64_t offset);
   // The opening read so far turned out to be a tag's: its bytes are read as the tag's.
