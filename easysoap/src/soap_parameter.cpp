@@ -31,6 +31,7 @@ using Entry = SOAPParameter::Attributes::Entry;
 constexpr uint32_t kStoredBuckets = 8;
 // The first list of children in a storage: a record's few fields fit.
 constexpr uint32_t kStoredChildrenMinimum = 4;
+constexpr uint32_t kStoredChildrenMost = 4096;
 
 // A text kept once in the storage, with its hash; null stays null.
 struct KeptText {
@@ -135,6 +136,12 @@ bool SOAPParameter::HoldsOnlyStored() const {
 void SOAPParameter::ReserveStoredChildren(MessageStore& store, uint32_t count) {
   Children& children = ownValue_.children;
   if (count <= children.Capacity()) return;
+  // A long list grows in blocks of its own, each freed as the next takes over: in the storage,
+  // every smaller block would stay behind (a million children would leave as much again).
+  if (count > kStoredChildrenMost) {
+    children.Reserve(count);
+    return;
+  }
   uint32_t capacity =
       children.Capacity() < kStoredChildrenMinimum ? kStoredChildrenMinimum : children.Capacity();
   while (capacity < count) {
