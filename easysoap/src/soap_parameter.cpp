@@ -144,11 +144,7 @@ void SOAPParameter::ReserveStoredChildren(MessageStore& store, uint32_t count) {
   }
   uint32_t capacity =
       children.Capacity() < kStoredChildrenMinimum ? kStoredChildrenMinimum : children.Capacity();
-  while (capacity < count) {
-    if (capacity > UINT32_MAX / 2) throw SOAPMemoryException();
-    capacity *= 2;
-  }
-  if (capacity > SIZE_MAX / sizeof(SOAPParameter*)) throw SOAPMemoryException();
+  while (capacity < count) capacity *= 2;  // at most twice kStoredChildrenMost
   // The block left behind stays in the storage until the message goes.
   auto** block = static_cast<SOAPParameter**>(store.Allocate(sizeof(SOAPParameter*) * capacity));
   std::copy(children.begin(), children.end(), block);

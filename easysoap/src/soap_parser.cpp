@@ -231,7 +231,7 @@ class SOAPParser::Reader {
   }
 
   // The next piece of the answer. The start is held until it tells the encoding, and an answer
-  // until it is larger than kHeldBytes.
+  // until it is larger than the limits' heldBytes.
   void Feed(const char* data, size_t size) {
     if (size > limits_.maxBytes - received_) {
       throw SOAPException("The answer is larger than the limit of %llu bytes",
@@ -243,10 +243,10 @@ class SOAPParser::Reader {
     // A start that has come in more than one piece and is already long probably runs on: room
     // for all that may be held is made at once, so that the start is copied once.
     if (head_.size() + size > head_.capacity() && head_.size() + size > kLongStart) {
-      head_.reserve(SOAPParser::kHeldBytes + size);
+      head_.reserve(limits_.heldBytes + size);
     }
     head_.append(data, size);
-    if (head_.size() > SOAPParser::kHeldBytes && HeadTellsEncoding()) StartExpat(false);
+    if (head_.size() > limits_.heldBytes && HeadTellsEncoding()) StartExpat(false);
   }
 
   void Finish() {

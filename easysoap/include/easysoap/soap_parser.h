@@ -55,6 +55,8 @@ class EASYSOAP_API SOAPParser {
     // When the clock passes it, reading stops with SOAPSocketException, as a time-out of the
     // transfer does.
     Clock::time_point deadline = Clock::time_point::max();
+    // Feed holds an answer up to this size and reads it in one go when it ends (kHeldBytes).
+    size_t heldBytes = kHeldBytes;
   };
 
   // Feed holds an answer up to this size and reads it in one go when it ends: expat counts the
