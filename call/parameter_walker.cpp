@@ -275,14 +275,14 @@ void ParameterWalker::ReceiveField(const SOAPParameter& element, const StructFie
 void ParameterWalker::DispatchOut(SOAPParameter& parameter, const std::string& typeName,
                                   HostValueRecord& record, ArrayStyle arrayStyle,
                                   const std::string& elementName, SOAPParameter& parent) {
-  const ValueForm form{DeclaredType(session_, proxy_, typeName), arrayStyle, elementName};
+  const ValueForm form{DeclaredType(session_, proxy_, typeName), arrayStyle, elementName, {}};
   ConvertToWire(form, parameter, parent, record, session_, proxy_);
 }
 
 void ParameterWalker::DispatchIn(const SOAPParameter& parameter, const std::string& typeName,
                                  HostValueRecord& record, ArrayStyle arrayStyle,
                                  const std::string& elementName, const SOAPParameter& enclosing) {
-  const ValueForm form{DeclaredType(session_, proxy_, typeName), arrayStyle, elementName};
+  const ValueForm form{DeclaredType(session_, proxy_, typeName), arrayStyle, elementName, {}};
   ConvertFromWire(form, parameter, enclosing, record, session_, proxy_);
 }
 

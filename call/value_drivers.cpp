@@ -93,7 +93,7 @@ namespace {
 
 ValueForm FormOf(IHostSession& session, HostObject proxy, const std::string& typeName,
                  ArrayStyle arrayStyle, const std::string& elementName = "item") {
-  return ValueForm{DeclaredType(session, proxy, typeName), arrayStyle, elementName};
+  return ValueForm{DeclaredType(session, proxy, typeName), arrayStyle, elementName, {}};
 }
 
 }  // namespace

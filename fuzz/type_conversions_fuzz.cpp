@@ -27,7 +27,7 @@ bool Convert(testhost::Runtime& host, HostObject proxy, const tssoap::XmlDataTyp
   SOAPParameter parameter;
   const auto context = [&]<typename Parameter>(Parameter& element) {
     return tssoap::BasicConversionContext<Parameter>{element, host, proxy,   kTypeName, record,
-                                                     {},      {},   nullptr, &row};
+                                                     {},      {},   nullptr, &row,      nullptr};
   };
   try {
     if (in) {

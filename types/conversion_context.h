@@ -14,6 +14,14 @@ namespace tssoap {
 
 struct XmlDataTypeRow;
 
+// The type attribute table the last value of a field or array got, with the row it names: the
+// values of one field of an array's records, and the items of one array, have the same type
+// namespace, so the next value of the same row takes the table as it is.
+struct KeptTypeAttribute {
+  const XmlDataTypeRow* row = nullptr;
+  SOAPParameter::SharedAttributes table;
+};
+
 // Parameter is SOAPParameter (way out) or const SOAPParameter (way in).
 template <typename Parameter>
 struct BasicConversionContext {
@@ -29,12 +37,14 @@ struct BasicConversionContext {
   Parameter* parentParameter = nullptr;
   // The row whose operation runs (null on the object path).
   const XmlDataTypeRow* row = nullptr;
+  // Way out: where the values of the same form keep their type attribute table; may be null.
+  KeptTypeAttribute* typeAttribute = nullptr;
 
   // The context of one array item: this one's type and row, on the item's element and record.
   // An item is a single value: no item names, no parent.
   BasicConversionContext ForItem(Parameter& itemParameter, HostValueRecord& item) const {
-    return BasicConversionContext{itemParameter, session, proxy, typeName, item, {}, {},
-                                  nullptr,       row};
+    return BasicConversionContext{itemParameter, session, proxy,        typeName, item, {}, {},
+                                  nullptr,       row,     typeAttribute};
   }
 };
 

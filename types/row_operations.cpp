@@ -44,8 +44,13 @@ Parameter& ParentOf(const BasicConversionContext<Parameter>& context) {
 
 }  // namespace
 
-void SetTypeAttribute(const XmlDataTypeRow& row, SOAPParameter& parameter) {
-  parameter.SetAttribute(Vocabulary().type, row.name, GetTypeNamespace());
+void SetTypeAttribute(const ConversionContext& context, SOAPParameter& parameter) {
+  KeptTypeAttribute* kept = context.typeAttribute;
+  if (kept != nullptr && kept->row == context.row && parameter.ShareAttributes(kept->table)) {
+    return;
+  }
+  parameter.SetAttribute(Vocabulary().type, context.row->name, GetTypeNamespace());
+  if (kept != nullptr) *kept = {context.row, parameter.GetSharedAttributes()};
 }
 
 void ScalarOut(ConversionContext& context) {
@@ -59,7 +64,7 @@ void ScalarOut(ConversionContext& context) {
   // A value the type can't hold leaves the parameter untouched.
   context.row->conversion->toXmlText(value, context);
   parameter.ClearValue();
-  SetTypeAttribute(*context.row, parameter);
+  SetTypeAttribute(context, parameter);
   value.WriteTo(parameter);
 }
 

@@ -13,9 +13,10 @@
 
 namespace tssoap {
 
-// Gives parameter the type attribute of the row: its name in the calling thread's type namespace;
-// no namespace text when the thread has no namespace block.
-void SetTypeAttribute(const XmlDataTypeRow& row, SOAPParameter& parameter);
+// Gives parameter the type attribute of context's row: its name in the calling thread's type
+// namespace; no namespace text when the thread has no namespace block. The table is kept in
+// context.typeAttribute, when there is one, for the next value of the same row.
+void SetTypeAttribute(const ConversionContext& context, SOAPParameter& parameter);
 
 // The row operation of each layout, for the request and for the response.
 using RowOperation = void (*)(ConversionContext& context);

@@ -44,6 +44,8 @@ struct ValueForm {
   DeclaredType type;
   ArrayStyle arrayStyle = kScalar;
   std::string elementName = "item";  // name of an array's items when the block names none
+  // The type attribute table of the form's last value sent, for the next value of the same row.
+  mutable KeptTypeAttribute typeAttribute;
 };
 
 // The items' name and namespace of an array (see ValueContext).
@@ -59,8 +61,9 @@ BasicConversionContext<Parameter> ValueContext(const ValueForm& form, Parameter&
                                                const SOAPParameter& inheritFrom,
                                                HostValueRecord& record, IHostSession& session,
                                                HostObject proxy) {
-  BasicConversionContext<Parameter> context{parameter, session, proxy,   form.type.name, record,
-                                            {},        {},      nullptr, nullptr};
+  BasicConversionContext<Parameter> context{
+      parameter, session, proxy,   form.type.name, record,
+      {},        {},      nullptr, nullptr,        &form.typeAttribute};
   if (form.arrayStyle != kScalar) {
     ChooseItemName(context, form.elementName, inheritFrom.GetName().GetNamespace().Str());
   }

@@ -292,6 +292,24 @@ SOAPQName& SOAPParameter::AddAttribute(const SOAPQName& key) {
   return value_->attributes.Add(key);
 }
 
+SOAPParameter::SharedAttributes SOAPParameter::GetSharedAttributes() const {
+  const MessageStore* store = StoreOfOwnData();
+  const Data& data = ownValue_;
+  if (store == nullptr || !data.storedAttributes || data.attributes.Count() != 1) return {};
+  return {store, data.attributes.Buckets(), data.attributes.BucketCount()};
+}
+
+bool SOAPParameter::ShareAttributes(const SharedAttributes& shared) {
+  Data& data = ownValue_;
+  if (shared.table == nullptr || StoreOfOwnData() != shared.store || data.attributes.Count() != 0) {
+    return false;
+  }
+  // Stored tables are never changed: a later SetAttribute makes a new one.
+  data.attributes.Adopt(static_cast<Entry**>(shared.table), shared.buckets, 1);
+  data.storedAttributes = true;
+  return true;
+}
+
 void SOAPParameter::SetAttribute(const SOAPQName& key, const char* text, const char* ns) {
   MessageStore* store = StoreOfOwnData();
   Data& data = ownValue_;

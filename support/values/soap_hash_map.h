@@ -130,6 +130,9 @@ class SOAPHashMap {
     bucketCount_ = bucketCount;
     count_ = count;
   }
+  // The bucket table and its size, for a reader that hands an adopted one on to another map.
+  Entry** Buckets() const { return buckets_; }
+  uint32_t BucketCount() const { return bucketCount_; }
   void Forget() {
     buckets_ = nullptr;
     bucketCount_ = 0;

@@ -72,8 +72,8 @@ class TypesHost {
   template <typename Parameter>
   BasicConversionContext<Parameter> Context(Parameter& parameter, HostValueRecord& record,
                                             std::string_view rowName) {
-    return BasicConversionContext<Parameter>{parameter, runtime, proxy,   typeName_,         record,
-                                             {},        {},      nullptr, &RowNamed(rowName)};
+    return BasicConversionContext<Parameter>{
+        parameter, runtime, proxy, typeName_, record, {}, {}, nullptr, &RowNamed(rowName), nullptr};
   }
   // ToXmlText of the row on record.
   XmlValueText ToXml(std::string_view rowName, HostValueRecord record) {

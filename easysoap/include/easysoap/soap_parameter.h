@@ -92,6 +92,18 @@ class EASYSOAP_API SOAPParameter {
   // namespace of the QName: AddAttribute(key).Set(text, ns), without allocations of its own in a
   // request's storage, where elements with the same single attribute share its entry.
   void SetAttribute(const SOAPQName& key, const char* text, const char* ns);
+  // The stored table of an element whose only attribute SetAttribute set, for elements of the
+  // same storage that get the very same attribute: handing it on spares them keeping and checking
+  // its texts again. Null members when the element has no such table.
+  struct SharedAttributes {
+    const void* store = nullptr;
+    void* table = nullptr;
+    uint32_t buckets = 0;
+  };
+  SharedAttributes GetSharedAttributes() const;
+  // Takes shared as this element's attributes when the element has none yet and lives in the
+  // storage that shared was made in; false, and nothing changed, otherwise.
+  bool ShareAttributes(const SharedAttributes& shared);
   const Attributes& GetAttributes() const { return value_->attributes; }
 
   // The data in force, and the element's own data.
