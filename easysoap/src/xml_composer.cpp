@@ -61,6 +61,17 @@ class Output {
     out_.append(chunk_, used_);
     used_ = 0;
   }
+  // How many bytes were written so far, and those written since a count it gave.
+  size_t Written() const { return out_.size() + used_; }
+  void CopySince(size_t mark, std::string& to) const {
+    const size_t flushed = out_.size();
+    if (mark < flushed) {
+      to.assign(out_, mark);
+      to.append(chunk_, used_);
+    } else {
+      to.assign(chunk_ + (mark - flushed), used_ - (mark - flushed));
+    }
+  }
 
  private:
   static constexpr size_t kChunk = 4000;
@@ -378,7 +389,23 @@ class RequestWriter {
     out_.Append('>');
   }
 
+  // Elements with equal attributes share one table (a field's type attribute in every record):
+  // a table's attributes are written out once and copied after, as the tree doesn't change while
+  // it is written and the prefixes are chosen before.
   void WriteAttributes(const SOAPParameter& element) {
+    const void* table = element.GetAttributes().Buckets();
+    WrittenAttributes& written = writtenAttributes_[AddressSlot(table, kWrittenAttributeBits)];
+    if (written.table == table) {
+      out_.Append(written.text);
+      return;
+    }
+    const size_t mark = out_.Written();
+    WriteEachAttribute(element);
+    out_.CopySince(mark, written.text);
+    written.table = table;
+  }
+
+  void WriteEachAttribute(const SOAPParameter& element) {
     element.GetAttributes().ForEach([this](const SOAPQName& key, const SOAPQName& value) {
       // Nil is written from the element's mark alone, so that a copied element never carries it
       // twice or contradicts its mark.
@@ -466,6 +493,12 @@ class RequestWriter {
   NamespacePrefixes prefixes_;
   std::string scratch_;  // escaped text on its way into the request
   std::string_view checkedNames_[kCheckedNames];
+  struct WrittenAttributes {
+    const void* table = nullptr;
+    std::string text;
+  };
+  static constexpr int kWrittenAttributeBits = 3;
+  WrittenAttributes writtenAttributes_[size_t{1} << kWrittenAttributeBits];
 };
 
 }  // namespace
