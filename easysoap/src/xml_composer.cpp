@@ -312,10 +312,16 @@ class RequestWriter {
   }
   void UseNamespaces(const SOAPParameter& element, bool qualified) {
     if (qualified) prefixes_.Use(element.GetName().GetNamespace());
+    // A table that many elements share gives its namespaces once.
+    const void* table = element.GetAttributes().Buckets();
+    if (table == nullptr) return;
+    const void*& used = usedTables_[AddressSlot(table, kWrittenAttributeBits)];
+    if (used == table) return;
     element.GetAttributes().ForEach([this](const SOAPQName& key, const SOAPQName& value) {
       prefixes_.Use(key.GetNamespace());
       prefixes_.Use(value.GetNamespace());
     });
+    used = table;
   }
 
   void WriteTree(const SOAPMethod& method, const SOAPQName& bodyName) {
@@ -499,6 +505,7 @@ class RequestWriter {
   };
   static constexpr int kWrittenAttributeBits = 3;
   WrittenAttributes writtenAttributes_[size_t{1} << kWrittenAttributeBits];
+  const void* usedTables_[size_t{1} << kWrittenAttributeBits] = {};
 };
 
 }  // namespace
