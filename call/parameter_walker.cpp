@@ -112,8 +112,7 @@ void ParameterWalker::SendValue(SOAPParameter& parent, const std::string& name,
   // Each child takes the namespace of its parent: the method's, down to the deepest field.
   const char* ns = parent.GetName().GetNamespace().Str();
   if (form.arrayStyle != kRepeatedElements) {
-    SOAPParameter& child = parent.AddParameter("");
-    child.SetName(name.c_str(), ns);
+    SOAPParameter& child = parent.AddParameter(name.c_str(), ns);
     ConvertToWire(form, child, parent, record, session_, proxy_);
     return;
   }

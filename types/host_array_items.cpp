@@ -23,9 +23,7 @@ OutgoingArrayItems::OutgoingArrayItems(IHostSession& session, const HostValueRec
 }
 
 SOAPParameter& AddItemElement(SOAPParameter& under, const char* name, const char* ns) {
-  SOAPParameter& item = under.AddParameter("");
-  item.SetName(name, ns);
-  return item;
+  return under.AddParameter(name, ns);
 }
 
 void WriteEncodedArrayHead(SOAPParameter& parameter, const char* itemType,

@@ -183,13 +183,13 @@ void SOAPParameter::AddStoredChild(MessageStore& store, SOAPParameter& child) {
   ownValue_.children.Add(&child);
 }
 
-SOAPParameter& SOAPParameter::AddParameter(const char* name) {
+SOAPParameter& SOAPParameter::AddParameter(const char* name, const char* ns) {
   MessageStore* store = StoreOfOwnData();
   SOAPParameter* child = nullptr;
   if (store == nullptr) {
     child = new SOAPParameter();
     try {
-      child->SetName(name, nullptr);
+      child->SetName(name, ns);
     } catch (...) {
       delete child;
       throw;
@@ -197,6 +197,7 @@ SOAPParameter& SOAPParameter::AddParameter(const char* name) {
   } else {
     child = store->New<StoredElement>(*store);
     child->name_.GetName().Refer(KeptOrNull(*store, name));
+    child->name_.GetNamespace().Refer(KeptOrNull(*store, ns));
   }
   try {
     // Children of an element in a storage are listed in it too.
