@@ -11,6 +11,11 @@ SOAPParameter& XmlValueText::WriteTo(SOAPParameter& parameter) const {
   return parameter;
 }
 
+XmlTextView XmlTextView::TextOf(const SOAPParameter& parameter) {
+  const char* content = parameter.GetString().Str();
+  return {content != nullptr ? std::string_view(content) : std::string_view(""), false};
+}
+
 const SOAPParameter& XmlValueText::ReadFrom(const SOAPParameter& parameter) {
   if (parameter.IsNull()) {
     isNull = true;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "support/values/soap_grow_array.h"
 #include "support/values/soap_string.h"
@@ -19,6 +20,18 @@ struct XmlValueText {
   // Nil element: sets isNull and leaves text. Else text becomes the element's text, an absent
   // text reading as empty, and isNull is left as it is.
   const SOAPParameter& ReadFrom(const SOAPParameter& parameter);
+};
+
+// The lexical form of a value to read, where it already lies: an element's text or an
+// XmlValueText's. text is NUL-terminated at text.size(); it lives as long as what it was taken of.
+struct XmlTextView {
+  XmlTextView(const XmlValueText& value) : text(value.text), isNull(value.isNull) {}  // NOLINT
+  XmlTextView(std::string_view text, bool isNull) : text(text), isNull(isNull) {}
+  // The text of an element that isn't nil, an absent text reading as empty.
+  static XmlTextView TextOf(const SOAPParameter& parameter);
+
+  std::string_view text;
+  bool isNull = false;
 };
 
 struct XmlValueArray {

@@ -24,10 +24,10 @@ void BinaryToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = encoded.CStr();
 }
 
-void BinaryFromXmlText(const XmlValueText& value, ResponseContext& context) {
+void BinaryFromXmlText(XmlTextView value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostBlob)) return;
-  const SOAPString text(value.text.c_str());
+  const SOAPString text(value.text.data());
   unsigned int size = SOAPBase64Base::EstimateSize(text);
   // Released by the unwinding when the library's decoder throws.
   std::unique_ptr<char[]> block(new char[size_t{size} + 1]);

@@ -110,18 +110,18 @@ void DateTimeToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = row.format(SplitHostValue(context.session, row.kind, record.value.handle));
 }
 
-void DateTimeFromXmlText(const XmlValueText& value, ResponseContext& context) {
+void DateTimeFromXmlText(XmlTextView value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   const DateTimeRowConversion& row = FamilyConversion<DateTimeRowConversion>(context);
   if (CopyNullIn(value, record, row.kind)) return;
   // No range test: a month of 13 reaches the host as it came.
-  const std::optional<DateTimeParts> parts = row.scan(value.text.c_str());
-  if (!parts) throw SOAPException("%s%s", row.badText, value.text.c_str());
+  const std::optional<DateTimeParts> parts = row.scan(value.text.data());
+  if (!parts) throw SOAPException("%s%s", row.badText, value.text.data());
   record.value.handle = NewHostValue(context.session, row.kind, *parts);
 }
 
 void TimeInstantToXmlText(XmlValueText&, ConversionContext&) {}
-void TimeInstantFromXmlText(const XmlValueText&, ResponseContext&) {}
+void TimeInstantFromXmlText(XmlTextView, ResponseContext&) {}
 
 }  // namespace
 

@@ -191,23 +191,23 @@ void DoubleToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = FloatingText(context.record.value.dbl, 18);
 }
 
-void FloatFromXmlText(const XmlValueText& value, ResponseContext& context) {
+void FloatFromXmlText(XmlTextView value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostReal)) return;
-  const double wide = ParseXmlDouble(value.text.c_str());
+  const double wide = ParseXmlDouble(value.text.data());
   const float narrow = static_cast<float>(wide);
   // "INF" is a float value; a finite text that only becomes infinite in 32 bits is not.
   if (std::isinf(narrow) && !std::isinf(wide)) {
-    throw SOAPException("Floating-point overflow: %s", value.text.c_str());
+    throw SOAPException("Floating-point overflow: %s", value.text.data());
   }
   record.value.real = narrow;
 }
 
-void DoubleFromXmlText(const XmlValueText& value, ResponseContext& context) {
+void DoubleFromXmlText(XmlTextView value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostDouble)) return;
-  const double number = ParseXmlDouble(value.text.c_str());
-  if (std::isinf(number)) throw SOAPException("Floating-point overflow: %s", value.text.c_str());
+  const double number = ParseXmlDouble(value.text.data());
+  if (std::isinf(number)) throw SOAPException("Floating-point overflow: %s", value.text.data());
   record.value.dbl = number;
 }
 
@@ -224,22 +224,22 @@ void DecimalToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = text != nullptr ? text.get() : "";
 }
 
-void DecimalFromXmlText(const XmlValueText& value, ResponseContext& context) {
+void DecimalFromXmlText(XmlTextView value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostDecimal)) return;
-  const DecimalText number(value.text.c_str());
+  const DecimalText number(value.text.data());
   if (number.IsLessThan(kDecimalLowest) || number.IsGreaterThan(kDecimalHighest)) {
     throw SOAPException("Can't handle XML decimal >999999999999999999 or <-999999999999999999");
   }
   IHostSession& session = context.session;
   const HostDecimal decimal = session.NewDecimal();
   // The text goes to the host as it came, blanks and sign included.
-  session.SetDecimalText(decimal, value.text.c_str());
+  session.SetDecimalText(decimal, value.text.data());
   record.value.handle = decimal;
 }
 
 void DurationToXmlText(XmlValueText&, ConversionContext&) {}
-void DurationFromXmlText(const XmlValueText&, ResponseContext&) {}
+void DurationFromXmlText(XmlTextView, ResponseContext&) {}
 
 }  // namespace
 

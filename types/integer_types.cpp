@@ -88,7 +88,7 @@ void IntegerToXmlText(XmlValueText& value, ConversionContext& context) {
 // The usual text of an integer: an optional minus and one to 18 digits, nothing else. Its value is
 // exact in 64 bits and compares with the bounds as a number. Any other text, and "-0" (which the
 // scanner orders below 0), goes to the scanner.
-std::optional<int64_t> PlainInteger(const std::string& text) {
+std::optional<int64_t> PlainInteger(std::string_view text) {
   const char* at = text.data();
   const char* const end = at + text.size();
   const bool negative = at != end && *at == '-';
@@ -105,7 +105,7 @@ std::optional<int64_t> PlainInteger(const std::string& text) {
   return -number;
 }
 
-void IntegerFromXmlText(const XmlValueText& value, ResponseContext& context) {
+void IntegerFromXmlText(XmlTextView value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   const IntegerRowConversion& row = FamilyConversion<IntegerRowConversion>(context);
   if (CopyNullIn(value, record, row.kind)) return;
@@ -114,7 +114,7 @@ void IntegerFromXmlText(const XmlValueText& value, ResponseContext& context) {
     StoreAtWidth(record.value, row.width, *plain);
     return;
   }
-  const DecimalText number(value.text.c_str());
+  const DecimalText number(value.text.data());
   // The bounds come first: "300.5" under byte reports the range, "1.5" reports the fraction.
   if (number.IsLessThan(row.lower) || number.IsGreaterThan(row.upper)) {
     throw SOAPException("%s", row.inMessage);
@@ -122,7 +122,7 @@ void IntegerFromXmlText(const XmlValueText& value, ResponseContext& context) {
   StoreAtWidth(record.value, row.width, number.ToInt64());
 }
 
-bool EqualsIgnoringAsciiCase(const std::string& text, const char* lowerCaseWord) {
+bool EqualsIgnoringAsciiCase(std::string_view text, const char* lowerCaseWord) {
   size_t i = 0;
   for (; i < text.size() && lowerCaseWord[i] != '\0'; ++i) {
     char c = text[i];
@@ -138,7 +138,7 @@ void BooleanToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = record.value.uint16 != 0 ? "true" : "false";
 }
 
-void BooleanFromXmlText(const XmlValueText& value, ResponseContext& context) {
+void BooleanFromXmlText(XmlTextView value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostBoolean)) return;
   // No trimming: " true" is no boolean.

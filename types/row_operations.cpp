@@ -75,9 +75,7 @@ void ScalarIn(ResponseContext& context) {
     return;
   }
   // The declared row alone decides: an xsi:type of the element is not consulted.
-  XmlValueText value;
-  value.ReadFrom(parameter);
-  context.row->conversion->fromXmlText(value, context);
+  context.row->conversion->fromXmlText(XmlTextView::TextOf(parameter), context);
 }
 
 void EncodedArrayOut(ConversionContext& context) {

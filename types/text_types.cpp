@@ -24,14 +24,14 @@ void StringToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = std::move(*utf8);
 }
 
-void StringFromXmlText(const XmlValueText& value, ResponseContext& context) {
+void StringFromXmlText(XmlTextView value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostString)) return;
   const StringRowConversion& row = FamilyConversion<StringRowConversion>(context);
-  const char* text = value.text.c_str();
+  const char* text = value.text.data();
   std::string adjusted;
   if (row.incomingStep != nullptr) {
-    adjusted = value.text;
+    adjusted.assign(value.text);
     row.incomingStep(adjusted);
     text = adjusted.c_str();
   }
