@@ -24,7 +24,7 @@ void BinaryToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = encoded.CStr();
 }
 
-void BinaryFromXmlText(XmlTextView value, ResponseContext& context) {
+void BinaryFromXmlText(const XmlTextView& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostBlob)) return;
   const SOAPString text(value.text.data());

@@ -110,7 +110,7 @@ void DateTimeToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = row.format(SplitHostValue(context.session, row.kind, record.value.handle));
 }
 
-void DateTimeFromXmlText(XmlTextView value, ResponseContext& context) {
+void DateTimeFromXmlText(const XmlTextView& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   const DateTimeRowConversion& row = FamilyConversion<DateTimeRowConversion>(context);
   if (CopyNullIn(value, record, row.kind)) return;
@@ -121,7 +121,7 @@ void DateTimeFromXmlText(XmlTextView value, ResponseContext& context) {
 }
 
 void TimeInstantToXmlText(XmlValueText&, ConversionContext&) {}
-void TimeInstantFromXmlText(XmlTextView, ResponseContext&) {}
+void TimeInstantFromXmlText(const XmlTextView&, ResponseContext&) {}
 
 }  // namespace
 

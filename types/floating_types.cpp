@@ -191,7 +191,7 @@ void DoubleToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = FloatingText(context.record.value.dbl, 18);
 }
 
-void FloatFromXmlText(XmlTextView value, ResponseContext& context) {
+void FloatFromXmlText(const XmlTextView& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostReal)) return;
   const double wide = ParseXmlDouble(value.text.data());
@@ -203,7 +203,7 @@ void FloatFromXmlText(XmlTextView value, ResponseContext& context) {
   record.value.real = narrow;
 }
 
-void DoubleFromXmlText(XmlTextView value, ResponseContext& context) {
+void DoubleFromXmlText(const XmlTextView& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostDouble)) return;
   const double number = ParseXmlDouble(value.text.data());
@@ -224,7 +224,7 @@ void DecimalToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = text != nullptr ? text.get() : "";
 }
 
-void DecimalFromXmlText(XmlTextView value, ResponseContext& context) {
+void DecimalFromXmlText(const XmlTextView& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostDecimal)) return;
   const DecimalText number(value.text.data());
@@ -239,7 +239,7 @@ void DecimalFromXmlText(XmlTextView value, ResponseContext& context) {
 }
 
 void DurationToXmlText(XmlValueText&, ConversionContext&) {}
-void DurationFromXmlText(XmlTextView, ResponseContext&) {}
+void DurationFromXmlText(const XmlTextView&, ResponseContext&) {}
 
 }  // namespace
 

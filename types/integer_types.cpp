@@ -105,7 +105,7 @@ std::optional<int64_t> PlainInteger(std::string_view text) {
   return -number;
 }
 
-void IntegerFromXmlText(XmlTextView value, ResponseContext& context) {
+void IntegerFromXmlText(const XmlTextView& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   const IntegerRowConversion& row = FamilyConversion<IntegerRowConversion>(context);
   if (CopyNullIn(value, record, row.kind)) return;
@@ -138,7 +138,7 @@ void BooleanToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = record.value.uint16 != 0 ? "true" : "false";
 }
 
-void BooleanFromXmlText(XmlTextView value, ResponseContext& context) {
+void BooleanFromXmlText(const XmlTextView& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostBoolean)) return;
   // No trimming: " true" is no boolean.

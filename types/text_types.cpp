@@ -24,7 +24,7 @@ void StringToXmlText(XmlValueText& value, ConversionContext& context) {
   value.text = std::move(*utf8);
 }
 
-void StringFromXmlText(XmlTextView value, ResponseContext& context) {
+void StringFromXmlText(const XmlTextView& value, ResponseContext& context) {
   HostValueRecord& record = context.record;
   if (CopyNullIn(value, record, kHostString)) return;
   const StringRowConversion& row = FamilyConversion<StringRowConversion>(context);

@@ -23,7 +23,7 @@ struct StringRowConversion : RowConversion {
 
 // The two conversions of every string-kind row; they read their steps from the row's record.
 void StringToXmlText(XmlValueText& value, ConversionContext& context);
-void StringFromXmlText(XmlTextView value, ResponseContext& context);
+void StringFromXmlText(const XmlTextView& value, ResponseContext& context);
 
 // Each carriage return, line feed and tab becomes one space; the length doesn't change.
 void NormalizeWhitespace(std::string& text);

@@ -19,7 +19,7 @@ namespace tssoap {
 // value, writes its lexical form; FromXmlText sets record.isNull and record.kind and, for a value,
 // parses the text into record.value. Both raise SOAPException for what the type can't hold.
 using ToXmlTextFn = void (*)(XmlValueText& value, ConversionContext& context);
-using FromXmlTextFn = void (*)(XmlTextView value, ResponseContext& context);
+using FromXmlTextFn = void (*)(const XmlTextView& value, ResponseContext& context);
 
 // The first step of every ToXmlText; true when the value is null and nothing more is written.
 inline bool CopyNullOut(XmlValueText& value, const HostValueRecord& record) {
@@ -27,7 +27,7 @@ inline bool CopyNullOut(XmlValueText& value, const HostValueRecord& record) {
   return value.isNull;
 }
 // The first step of every FromXmlText; true when the value is null and nothing more is read.
-inline bool CopyNullIn(XmlTextView value, HostValueRecord& record, HostValueKind kind) {
+inline bool CopyNullIn(const XmlTextView& value, HostValueRecord& record, HostValueKind kind) {
   record.isNull = value.isNull ? 1 : 0;
   record.kind = kind;
   return value.isNull;

@@ -184,12 +184,23 @@ void SOAPParameter::AddStoredChild(MessageStore& store, SOAPParameter& child) {
 }
 
 SOAPParameter& SOAPParameter::AddParameter(const char* name, const char* ns) {
+  SOAPParameter& child = AddParameter(name);
+  if (ns == nullptr) return child;
+  if (MessageStore* store = StoreOfOwnData()) {
+    child.name_.GetNamespace().Refer(store->Intern(ns).text);
+  } else {
+    child.name_.GetNamespace().Assign(ns);
+  }
+  return child;
+}
+
+SOAPParameter& SOAPParameter::AddParameter(const char* name) {
   MessageStore* store = StoreOfOwnData();
   SOAPParameter* child = nullptr;
   if (store == nullptr) {
     child = new SOAPParameter();
     try {
-      child->SetName(name, ns);
+      child->SetName(name, nullptr);
     } catch (...) {
       delete child;
       throw;
@@ -197,7 +208,6 @@ SOAPParameter& SOAPParameter::AddParameter(const char* name, const char* ns) {
   } else {
     child = store->New<StoredElement>(*store);
     child->name_.GetName().Refer(KeptOrNull(*store, name));
-    child->name_.GetNamespace().Refer(KeptOrNull(*store, ns));
   }
   try {
     // Children of an element in a storage are listed in it too.

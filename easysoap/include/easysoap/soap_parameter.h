@@ -61,9 +61,10 @@ class EASYSOAP_API SOAPParameter {
   void AddStoredChild(easysoap_internal::MessageStore& store, SOAPParameter& child);
   const SOAPQName& GetName() const { return name_; }
 
-  // Appends a child named name in ns (none by default) and returns it; the child belongs to this
-  // element.
-  SOAPParameter& AddParameter(const char* name = "", const char* ns = nullptr);
+  // Appends a child named name (no namespace) and returns it; the child belongs to this element.
+  SOAPParameter& AddParameter(const char* name = "");
+  // The same in the namespace ns.
+  SOAPParameter& AddParameter(const char* name, const char* ns);
   // Makes room for count more children, for a caller that knows how many it is about to add.
   void ReserveParameters(uint32_t count);
   // The first child whose local name is name; throws SOAPException naming the missing child.
