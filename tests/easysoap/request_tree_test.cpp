@@ -1,7 +1,7 @@
 // The request's element tree in the request's storage: stored elements write what elements with
-// data of their own write, elements share an attribute table until one of them changes it,
-// copies keep their data after the method and its storage have gone to the next request, and the
-// lists of children live in the storage or not.
+// data of their own write, elements share an attribute table (also one handed on) until one of
+// them changes it, copies keep their data after the method and its storage have gone to the next
+// request, and the lists of children live in the storage or not.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -77,16 +77,33 @@ TEST(RequestTree, ElementsShareAnAttributeUntilOneChangesIt) {
   SOAPMethod method("m", kSampleNamespace, nullptr, false);
   const SOAPQName type("type", kXsiNamespace);
   std::vector<SOAPParameter*> items;
-  for (int i = 0; i < 4; ++i) {
+  for (int i = 0; i < 3; ++i) {
     items.push_back(&method.AddParameter("item"));
     items.back()->SetAttribute(type, "int", kXsdNamespace);
   }
+  // The table is handed on to new elements of the same storage, and to no other.
+  const SOAPParameter::SharedAttributes shared = items[0]->GetSharedAttributes();
+  ASSERT_NE(shared.table, nullptr);
+  for (int i = 0; i < 2; ++i) {
+    items.push_back(&method.AddParameter("item"));
+    EXPECT_TRUE(items.back()->ShareAttributes(shared));
+  }
+  EXPECT_FALSE(items[0]->ShareAttributes(shared));
+  EXPECT_FALSE(method.AddParameter("plain").ShareAttributes(SOAPParameter::SharedAttributes()));
+  SOAPParameter own;
+  EXPECT_FALSE(own.ShareAttributes(shared));
+  EXPECT_EQ(own.GetAttributes().Count(), 0u);
+  SOAPMethod other("o", kSampleNamespace, nullptr, false);
+  EXPECT_FALSE(other.AddParameter("item").ShareAttributes(shared));
+
   items[1]->SetAttribute(type, "string", kXsdNamespace);
   items[2]->SetAttribute(SOAPQName("n", nullptr), "1", nullptr);
   items[3]->AddAttribute(type).SetName("q:long");  // the namespace stays: its prefix is ours
+  EXPECT_EQ(items[2]->GetSharedAttributes().table, nullptr);
   EXPECT_THAT(XMLComposer::ComposeRequest(method),
               HasSubstr("<item xsi:type=\"xsd:int\"/><item xsi:type=\"xsd:string\"/>"
-                        "<item xsi:type=\"xsd:int\" n=\"1\"/><item xsi:type=\"xsd:long\"/>"));
+                        "<item xsi:type=\"xsd:int\" n=\"1\"/><item xsi:type=\"xsd:long\"/>"
+                        "<item xsi:type=\"xsd:int\"/><plain/>"));
 }
 
 TEST(RequestTree, CopiesKeepTheirDataWhenTheStorageServesTheNextRequest) {
