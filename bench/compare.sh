@@ -36,18 +36,8 @@ rm -rf "$out"
 mkdir -p "$out"
 
 # The sample service on an ephemeral port, for as long as this script runs; sets url.
-source "$root/bench/sample_service.sh"
+source "$root/bench/common.sh"
 start_sample_service "$service" "$out"
-
-# The callgrind total of one run: the "Collected" line valgrind prints.
-instructions() {
-  local name=$1
-  shift
-  valgrind --tool=callgrind --callgrind-out-file="$out/callgrind.$name" "$@" \
-    >"$out/$name.stdout" 2>"$out/$name.stderr" ||
-    { echo "compare.sh: $name failed:" >&2; tail -5 "$out/$name.stderr" >&2; exit 1; }
-  sed -n 's/.*Collected : \([0-9]*\).*/\1/p' "$out/$name.stderr"
-}
 
 # Instructions per call: the difference of a run of HIGH calls and one of LOW calls. The command
 # is the array named by the second argument; the number of calls goes behind it.

@@ -24,17 +24,8 @@ command -v valgrind >/dev/null || { echo "scaling.sh: valgrind is missing (scrip
 out=$build/bench/scaling
 rm -rf "$out"
 mkdir -p "$out"
-source "$root/bench/sample_service.sh"
+source "$root/bench/common.sh"
 start_sample_service "$build/examples/sample_service/sample_service" "$out"
-
-collected() {
-  local name=$1
-  shift
-  valgrind --tool=callgrind --callgrind-out-file="$out/callgrind.$name" "$@" \
-    >"$out/$name.stdout" 2>"$out/$name.stderr" ||
-    { echo "scaling.sh: $name failed:" >&2; tail -5 "$out/$name.stderr" >&2; exit 1; }
-  sed -n 's/.*Collected : \([0-9]*\).*/\1/p' "$out/$name.stderr"
-}
 
 # The peak of the whole process, in kB.
 peak_of() {
@@ -54,8 +45,8 @@ for items in $sizes; do
   "$client" --json ints "$items" >"$out/ints.$items.json"
   call=("$tssoap" call "$root/examples/sample.json" echointegerarray "@$out/ints.$items.json"
     --endpoint "$url" --options "connectioncache=true")
-  one=$(collected "$items.1" "${call[@]}" --repeat 1)
-  two=$(collected "$items.2" "${call[@]}" --repeat 2)
+  one=$(instructions "$items.1" "${call[@]}" --repeat 1)
+  two=$(instructions "$items.2" "${call[@]}" --repeat 2)
   peak=$(peak_of "$items" "${call[@]}")
   # The answer's size: what the wire log shows behind the "HTTP <status>" line.
   "${call[@]}" --wire >/dev/null 2>"$out/$items.wire"
