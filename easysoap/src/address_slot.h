@@ -28,4 +28,25 @@ inline std::pair<size_t, size_t> AddressSlots(const void* address, int bits) {
   return {first, second != first ? second : (first + 1) & mask};
 }
 
+// The slot for address in a table of 2^bits slots where an address may lie in either of its two
+// slots (AddressSlots): the one that holds it (found), else an empty one of the two, else its
+// first, whose entry moves on to its own other slot when that one is empty. Two addresses that
+// share a slot so no longer push each other out every time. keyOf reads the address a slot holds
+// (null for none).
+template <typename Slot, typename KeyOf>
+Slot& TwoWaySlot(Slot* slots, int bits, const void* address, KeyOf keyOf, bool& found) {
+  const auto [first, second] = AddressSlots(address, bits);
+  found = true;
+  if (keyOf(slots[first]) == address) return slots[first];
+  if (keyOf(slots[second]) == address) return slots[second];
+  found = false;
+  const void* occupant = keyOf(slots[first]);
+  if (occupant == nullptr) return slots[first];
+  if (keyOf(slots[second]) == nullptr) return slots[second];
+  const auto [its, other] = AddressSlots(occupant, bits);
+  const size_t elsewhere = its == first ? other : its;
+  if (keyOf(slots[elsewhere]) == nullptr) std::swap(slots[first], slots[elsewhere]);
+  return slots[first];
+}
+
 }  // namespace easysoap_internal

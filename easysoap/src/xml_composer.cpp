@@ -13,11 +13,12 @@
 #include "easysoap/src/xml_escape.h"
 #include "support/values/soap_exception.h"
 
-using easysoap_internal::AddressSlot;
+using easysoap_internal::AddressSlots;
 using easysoap_internal::AppendEscaped;
 using easysoap_internal::EscapeContext;
 using easysoap_internal::EscapeError;
 using easysoap_internal::PlainLength;
+using easysoap_internal::TwoWaySlot;
 namespace ns = easysoap_internal::namespaces;
 
 namespace {
@@ -205,11 +206,16 @@ class NamespacePrefixes {
   // The tree doesn't change while it is written, so the texts of its elements are told apart by
   // their addresses: the few namespaces of a request come again and again from the same texts.
   size_t Recall(const char* uri) const {
-    const Recent& recent = recent_[AddressSlot(uri, kRecentBits)];
-    return recent.uri == uri ? recent.entry : kUnknown;
+    const auto [first, second] = AddressSlots(uri, kRecentBits);
+    if (recent_[first].uri == uri) return recent_[first].entry;
+    return recent_[second].uri == uri ? recent_[second].entry : kUnknown;
   }
   void Remember(const char* uri, size_t entry) {
-    recent_[AddressSlot(uri, kRecentBits)] = {uri, entry};
+    bool found = false;
+    TwoWaySlot(
+        recent_, kRecentBits, uri,
+        [](const Recent& slot) { return static_cast<const void*>(slot.uri); },
+        found) = {uri, entry};
   }
 
   std::vector<Entry> entries_;
@@ -315,8 +321,10 @@ class RequestWriter {
     // A table that many elements share gives its namespaces once.
     const void* table = element.GetAttributes().Buckets();
     if (table == nullptr) return;
-    const void*& used = usedTables_[AddressSlot(table, kWrittenAttributeBits)];
-    if (used == table) return;
+    bool found = false;
+    const void*& used = TwoWaySlot(
+        usedTables_, kWrittenAttributeBits, table, [](const void* key) { return key; }, found);
+    if (found) return;
     element.GetAttributes().ForEach([this](const SOAPQName& key, const SOAPQName& value) {
       prefixes_.Use(key.GetNamespace());
       prefixes_.Use(value.GetNamespace());
@@ -400,8 +408,11 @@ class RequestWriter {
   // it is written and the prefixes are chosen before.
   void WriteAttributes(const SOAPParameter& element) {
     const void* table = element.GetAttributes().Buckets();
-    WrittenAttributes& written = writtenAttributes_[AddressSlot(table, kWrittenAttributeBits)];
-    if (written.table == table) {
+    bool found = false;
+    WrittenAttributes& written = TwoWaySlot(
+        writtenAttributes_, kWrittenAttributeBits, table,
+        [](const WrittenAttributes& slot) { return slot.table; }, found);
+    if (found) {
       out_.Append(written.text);
       return;
     }
@@ -445,11 +456,15 @@ class RequestWriter {
             CheckedName(name.GetName())};
   }
   // The names of a request repeat from element to element; those checked last are known by
-  // their addresses while the tree is written.
+  // their addresses while the tree is written (two places an address: a record's few names
+  // shared slots and were checked again for every record, depending on where they lay).
   std::string_view CheckedName(const SOAPString& name) {
     const char* text = name.CStr();
-    std::string_view& checked = checkedNames_[AddressSlot(text, kCheckedNameBits)];
-    if (checked.data() == text) return checked;
+    bool found = false;
+    std::string_view& checked = TwoWaySlot(
+        checkedNames_, kCheckedNameBits, text,
+        [](std::string_view slot) { return static_cast<const void*>(slot.data()); }, found);
+    if (found) return checked;
     const size_t length = XmlNameLength(text);
     if (length == 0) {
       throw SOAPException(
@@ -490,7 +505,7 @@ class RequestWriter {
     if (whiteSpace_) out_.Append('\n');
   }
 
-  static constexpr int kCheckedNameBits = 4;
+  static constexpr int kCheckedNameBits = 6;
   static constexpr size_t kCheckedNames = size_t{1} << kCheckedNameBits;
 
   Output out_;
@@ -503,7 +518,7 @@ class RequestWriter {
     const void* table = nullptr;
     std::string text;
   };
-  static constexpr int kWrittenAttributeBits = 3;
+  static constexpr int kWrittenAttributeBits = 5;
   WrittenAttributes writtenAttributes_[size_t{1} << kWrittenAttributeBits];
   const void* usedTables_[size_t{1} << kWrittenAttributeBits] = {};
 };
