@@ -116,8 +116,8 @@ void TagScanner::Step(char c, uint64_t offset) {
 
 void TagScanner::OpenTag() {
   char opening[sizeof opening_];
-  uint8_t length = openingLength_;
-  std::memcpy(opening, opening_, length);
+  const uint8_t length = openingLength_;
+  std::memcpy(opening, opening_, sizeof opening);  // all of it: the length is at most its size
   uint64_t start = tagStart_;
   state_ = State::kTag;
   quote_ = '\0';
