@@ -1,5 +1,7 @@
 #include "types/date_time_types.h"
 
+#include <cmath>
+
 #include "support/ascii_chars.h"
 #include "support/values/soap_exception.h"
 #include "types/floating_types.h"
@@ -38,7 +40,8 @@ class PartScanner {
   bool Double(double& part) {
     const char* end = nullptr;
     const double value = StringToDoubleC(at_, &end);
-    if (end == at_) return false;
+    // "1E999" and "nan" read as numbers, but no time has such seconds (nor could be written back).
+    if (end == at_ || !std::isfinite(value)) return false;
     at_ = end;
     part = value;
     return true;

@@ -107,6 +107,8 @@ TEST(RowConversions, ReadWireTexts) {
       {"time", "13:05:09.5-05:00", "13:05:09.500"},
       {"time", "00:00:59.9996", "00:00:60.000"},
       {"time", "13h05", "Invalid time format: 13h05"},
+      {"time", "13:03:1E875", "Invalid time format: 13:03:1E875"},
+      {"time", "13:03:nan", "Invalid time format: 13:03:nan"},
       {"dateTime", "2003-07-14T13:05:09.25Z", "2003-07-14T13:05:09.250"},
       {"dateTime", " 999-01-02T00:00:00", "0999-01-02T00:00:00.000"},
       {"dateTime", "2003-07-14 13:05:09", "Invalid dateTime format: 2003-07-14 13:05:09"},
