@@ -8,24 +8,37 @@
 
 namespace easysoap_internal {
 
-// The slot of address among 2^bits slots. The address is mixed (Fibonacci hashing): the texts of
-// an array of like records lie a power of two apart, and their low bits alone would crowd into a
-// few slots.
-inline size_t AddressSlot(const void* address, int bits) {
-  const uint64_t mixed =
-      static_cast<uint64_t>(reinterpret_cast<uintptr_t>(address)) * 0x9E3779B97F4A7C15ull;
-  return static_cast<size_t>(mixed >> (64 - bits));
+// An address mixed into a further mix (Fibonacci hashing): the texts of an array of like records
+// lie a power of two apart, and their low bits alone would crowd into a few slots.
+inline uint64_t MixAddress(const void* address, uint64_t mixed = 0) {
+  return (mixed ^ static_cast<uint64_t>(reinterpret_cast<uintptr_t>(address))) *
+         0x9E3779B97F4A7C15ull;
 }
 
-// Two different slots of address among 2^bits slots, from different bits of its mix: for a table
-// whose entries may lie in either place.
-inline std::pair<size_t, size_t> AddressSlots(const void* address, int bits) {
-  const uint64_t mixed =
-      static_cast<uint64_t>(reinterpret_cast<uintptr_t>(address)) * 0x9E3779B97F4A7C15ull;
+// The slot of address among 2^bits slots.
+inline size_t AddressSlot(const void* address, int bits) {
+  return static_cast<size_t>(MixAddress(address) >> (64 - bits));
+}
+
+// Two different slots among 2^bits slots, from different bits of a mix: for a table whose
+// entries may lie in either place.
+inline std::pair<size_t, size_t> SlotsOfMix(uint64_t mixed, int bits) {
   const size_t mask = (size_t{1} << bits) - 1;
   const auto first = static_cast<size_t>(mixed >> (64 - bits));
   const auto second = static_cast<size_t>(mixed >> (64 - 2 * bits)) & mask;
   return {first, second != first ? second : (first + 1) & mask};
+}
+inline std::pair<size_t, size_t> AddressSlots(const void* address, int bits) {
+  return SlotsOfMix(MixAddress(address), bits);
+}
+
+// The slot of a table of 2^bits slots (see TwoWaySlot) that holds address, or null.
+template <typename Slot, typename KeyOf>
+Slot* FindTwoWay(Slot* slots, int bits, const void* address, KeyOf keyOf) {
+  const auto [first, second] = AddressSlots(address, bits);
+  if (keyOf(slots[first]) == address) return &slots[first];
+  if (keyOf(slots[second]) == address) return &slots[second];
+  return nullptr;
 }
 
 // The slot for address in a table of 2^bits slots where an address may lie in either of its two
@@ -35,11 +48,12 @@ inline std::pair<size_t, size_t> AddressSlots(const void* address, int bits) {
 // (null for none).
 template <typename Slot, typename KeyOf>
 Slot& TwoWaySlot(Slot* slots, int bits, const void* address, KeyOf keyOf, bool& found) {
-  const auto [first, second] = AddressSlots(address, bits);
-  found = true;
-  if (keyOf(slots[first]) == address) return slots[first];
-  if (keyOf(slots[second]) == address) return slots[second];
+  if (Slot* holding = FindTwoWay(slots, bits, address, keyOf)) {
+    found = true;
+    return *holding;
+  }
   found = false;
+  const auto [first, second] = AddressSlots(address, bits);
   const void* occupant = keyOf(slots[first]);
   if (occupant == nullptr) return slots[first];
   if (keyOf(slots[second]) == nullptr) return slots[second];

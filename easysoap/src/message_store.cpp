@@ -143,13 +143,8 @@ std::pair<size_t, size_t> MessageStore::MemoSlots(const void* const key[4]) {
   // record's fields differ in one kept text, and those lie a few bytes apart in one block. Two
   // places for each key keep the few keys of a message from pushing each other out.
   uint64_t mixed = 0;
-  for (int i = 0; i < 4; ++i) {
-    mixed = (mixed ^ static_cast<uint64_t>(reinterpret_cast<uintptr_t>(key[i]))) *
-            0x9E3779B97F4A7C15ull;
-  }
-  const size_t first = static_cast<size_t>(mixed >> (64 - kMemoBits));
-  const size_t second = static_cast<size_t>(mixed >> (64 - 2 * kMemoBits)) % kMemoSlots;
-  return {first, second != first ? second : (first + 1) % kMemoSlots};
+  for (int i = 0; i < 4; ++i) mixed = MixAddress(key[i], mixed);
+  return SlotsOfMix(mixed, kMemoBits);
 }
 
 void* MessageStore::Recall(const void* const key[4]) const {

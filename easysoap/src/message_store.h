@@ -55,23 +55,16 @@ class MessageStore {
   // The same for a NUL-terminated text. The texts of a message come again and again from the
   // same places (the names of an array's items, the type names of its fields): a text met at an
   // address lately, and still the same there, is found without hashing it. Each address has two
-  // places, so that the dozen addresses of a record's texts don't push each other out: a text met
-  // anew takes its first place, and what was there moves to its other one.
+  // places (TwoWaySlot), so that the dozen addresses of a record's texts don't push each other
+  // out.
   Interned& Intern(const char* text) {
-    const auto [first, second] = AddressSlots(text, kRecentBits);
-    for (const size_t place : {first, second}) {
-      const Recent& recent = recent_[place];
-      if (recent.source == text && std::strcmp(recent.interned->text, text) == 0) {
-        return *recent.interned;
-      }
-    }
+    bool found = false;
+    Recent& recent = TwoWaySlot(
+        recent_, kRecentBits, text,
+        [](const Recent& slot) { return static_cast<const void*>(slot.source); }, found);
+    if (found && std::strcmp(recent.interned->text, text) == 0) return *recent.interned;
     Interned& interned = Intern(std::string_view(text));
-    const Recent displaced = recent_[first];
-    recent_[first] = {text, &interned};
-    if (displaced.source != nullptr && displaced.source != text) {
-      const auto [home, other] = AddressSlots(displaced.source, kRecentBits);
-      recent_[home == first ? other : home] = displaced;
-    }
+    recent = {text, &interned};
     return interned;
   }
   // The copy of text when there is one, else null.

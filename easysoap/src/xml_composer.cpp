@@ -13,10 +13,10 @@
 #include "easysoap/src/xml_escape.h"
 #include "support/values/soap_exception.h"
 
-using easysoap_internal::AddressSlots;
 using easysoap_internal::AppendEscaped;
 using easysoap_internal::EscapeContext;
 using easysoap_internal::EscapeError;
+using easysoap_internal::FindTwoWay;
 using easysoap_internal::PlainLength;
 using easysoap_internal::TwoWaySlot;
 namespace ns = easysoap_internal::namespaces;
@@ -206,17 +206,14 @@ class NamespacePrefixes {
   // The tree doesn't change while it is written, so the texts of its elements are told apart by
   // their addresses: the few namespaces of a request come again and again from the same texts.
   size_t Recall(const char* uri) const {
-    const auto [first, second] = AddressSlots(uri, kRecentBits);
-    if (recent_[first].uri == uri) return recent_[first].entry;
-    return recent_[second].uri == uri ? recent_[second].entry : kUnknown;
+    const Recent* recent = FindTwoWay(recent_, kRecentBits, uri, UriOf);
+    return recent != nullptr ? recent->entry : kUnknown;
   }
   void Remember(const char* uri, size_t entry) {
     bool found = false;
-    TwoWaySlot(
-        recent_, kRecentBits, uri,
-        [](const Recent& slot) { return static_cast<const void*>(slot.uri); },
-        found) = {uri, entry};
+    TwoWaySlot(recent_, kRecentBits, uri, UriOf, found) = {uri, entry};
   }
+  static const void* UriOf(const Recent& recent) { return recent.uri; }
 
   std::vector<Entry> entries_;
   unsigned generated_ = 0;
