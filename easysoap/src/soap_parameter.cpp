@@ -210,9 +210,11 @@ SOAPParameter& SOAPParameter::AddParameter(const char* name) {
     child->name_.GetName().Refer(KeptOrNull(*store, name));
   }
   try {
-    // Children of an element in a storage are listed in it too.
-    if (store != nullptr) ReserveStoredChildren(*store, ownValue_.children.Size() + 1);
-    value_->children.Add(child);
+    if (store != nullptr) {
+      AddStoredChild(*store, *child);  // children of an element in a storage are listed in it too
+    } else {
+      value_->children.Add(child);
+    }
   } catch (...) {
     if (store == nullptr) {
       delete child;
