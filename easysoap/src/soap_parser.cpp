@@ -102,14 +102,16 @@ XML_Error RefusedDeclaration(std::string_view prefix, std::string_view uri) {
   return XML_ERROR_NONE;
 }
 
+// XML's white space.
+bool IsXmlSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
 // Where the index-th name of a start tag begins (0: the element's, then its attributes' in the
 // order written), or kNone.
 size_t NameInTag(std::string_view tag, uint32_t index) {
-  auto isSpace = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
   size_t at = 1;  // behind "<"
   for (uint32_t name = 0;; ++name) {
     if (name == index) return at < tag.size() ? at : kNone;
-    while (at < tag.size() && !isSpace(tag[at]) && tag[at] != '=' && tag[at] != '/' &&
+    while (at < tag.size() && !IsXmlSpace(tag[at]) && tag[at] != '=' && tag[at] != '/' &&
            tag[at] != '>') {
       ++at;
     }
@@ -120,7 +122,7 @@ size_t NameInTag(std::string_view tag, uint32_t index) {
       if (at == kNone) return kNone;
       ++at;
     }
-    while (at < tag.size() && isSpace(tag[at])) ++at;
+    while (at < tag.size() && IsXmlSpace(tag[at])) ++at;
   }
 }
 
@@ -149,12 +151,7 @@ bool IsQNameValued(const SplitName& name) {
   return name.local == "arrayType" || name.local == "itemType";
 }
 
-bool IsBlank(const std::string& text) {
-  for (char c : text) {
-    if (c != ' ' && c != '\t' && c != '\r' && c != '\n') return false;
-  }
-  return true;
-}
+bool IsBlank(const std::string& text) { return std::all_of(text.begin(), text.end(), IsXmlSpace); }
 
 bool StartsWith(const char* data, size_t size, std::string_view prefix) {
   return size >= prefix.size() && std::memcmp(data, prefix.data(), prefix.size()) == 0;
