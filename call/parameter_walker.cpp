@@ -261,12 +261,20 @@ void ParameterWalker::WalkStructIn(const SOAPParameter& element, HostObject inst
 void ParameterWalker::ReceiveField(const SOAPParameter& element, const StructField& field,
                                    HostObject instance, HostClass cls) {
   HostValueRecord record{};
-  ReadHostField(session_, record, instance, cls, field.hostName);
+  // A plain value is replaced whole by its conversion, so the instance isn't asked for it: when
+  // the answer has no usable value, the field is simply left alone.
+  const bool plain = ShapeHostField(session_, record, cls, field.hostName);
+  if (!plain) ReadHostField(session_, record, instance, cls, field.hostName);
   try {
     const SOAPParameter& found = element.GetParameter(field.name.c_str());
-    if (!found.IsNull()) ConvertFromWire(field.form, found, element, record, session_, proxy_);
+    if (!found.IsNull()) {
+      ConvertFromWire(field.form, found, element, record, session_, proxy_);
+    } else if (plain) {
+      return;
+    }
   } catch (const SOAPException&) {
     // A missing field, or one that fails to convert, keeps the value it had.
+    if (plain) return;
   }
   WriteHostField(session_, instance, cls, record, field.hostName);
 }

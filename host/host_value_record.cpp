@@ -96,30 +96,48 @@ void WriteHostField(IHostSession& session, HostObject object, const HostValueRec
   WriteHostField(session, object, session.GetClass(object), record, HostFieldName(name));
 }
 
+namespace {
+
+// Copies the field's declared flags and kind into record; true for a plain value of a kind with
+// a reader.
+bool TakeShape(HostValueRecord& record, const HostFieldPlace& place) {
+  record.isObject = place.isObject;
+  record.isArray = place.isArray;
+  record.kind = place.kind;
+  return record.isArray == 0 && record.isObject == 0 && IsServedKind(record.kind);
+}
+
+}  // namespace
+
+bool ShapeHostField(IHostSession& session, HostValueRecord& record, HostClass cls,
+                    const HostFieldName& name) {
+  const HostFieldPlace& place = name.PlaceIn(session, cls);
+  return place.field != kNoField && TakeShape(record, place);
+}
+
 void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object, HostClass cls,
                    const HostFieldName& name) {
   const HostFieldPlace& place = name.PlaceIn(session, cls);
   if (place.field == kNoField) return;
-  record.isObject = place.isObject;
-  record.isArray = place.isArray;
-  record.kind = place.kind;
-  if (record.isArray == 0 && record.isObject == 0 && IsServedKind(record.kind)) {
+  const HostFieldId field = place.field;
+  const bool plain = TakeShape(record, place);
+  if (plain) {
     // The kind's reader answers the null flag with the value: one host call for the field. A null
     // field keeps the value as the caller zeroed it.
     HostValueData data{};
-    record.isNull = Flag(ReadFieldByKind(session, object, place.field, record.kind, data));
+    record.isNull = Flag(ReadFieldByKind(session, object, field, record.kind, data));
     if (record.isNull == 0) record.value = data;
     return;
   }
-  record.isNull = Flag(session.IsFieldNull(object, place.field));
+  record.isNull = Flag(session.IsFieldNull(object, field));
   if (record.isNull) return;
   // For arrays and objects the null flag stays as IsFieldNull gave it; a kind without a reader
   // has nothing more to read.
   HostBool ignored = 0;
   if (record.isArray) {
-    record.value.handle = session.GetArrayField(object, place.field, &ignored);
+    record.value.handle = session.GetArrayField(object, field, &ignored);
   } else if (record.isObject) {
-    record.value.handle = session.GetObjectField(object, place.field, &ignored);
+    record.value.handle = session.GetObjectField(object, field, &ignored);
   }
 }
 

@@ -72,6 +72,11 @@ class HostFieldName {
 // read with that reader alone, whose null flag is the field's.
 void ReadHostField(IHostSession& session, HostValueRecord& record, HostObject object, HostClass cls,
                    const HostFieldName& name);
+// Fills in the flags and kind that cls declares for the field name maps to, without asking the
+// instance for its value. True for a plain value of a kind with a reader: a conversion replaces
+// such a value whole, so its old value is never needed. False for a field the class lacks.
+bool ShapeHostField(IHostSession& session, HostValueRecord& record, HostClass cls,
+                    const HostFieldName& name);
 // Writes record to the instance variable that name maps to; a missing variable drops the value.
 void WriteHostField(IHostSession& session, HostObject object, HostClass cls,
                     const HostValueRecord& record, const HostFieldName& name);
