@@ -108,6 +108,13 @@ void SOAPParameter::CopyFrom(const SOAPParameter& other) {
   }
 }
 
+inline bool SOAPParameter::OwnPartsStored() const {
+  return !name_.GetName().OwnsBuffer() && !name_.GetNamespace().OwnsBuffer() &&
+         !ownValue_.text.OwnsBuffer() &&
+         (ownValue_.children.Capacity() == 0 || ownValue_.children.Adopted()) &&
+         (ownValue_.storedAttributes || ownValue_.attributes.Count() == 0);
+}
+
 void SOAPParameter::DeleteOwnChildren() {
   for (SOAPParameter* child : ownValue_.children) {
     if (!child->ownValue_.storedElement) {
@@ -121,14 +128,11 @@ void SOAPParameter::DeleteOwnChildren() {
 }
 
 bool SOAPParameter::HoldsOnlyStored() const {
-  if (name_.GetName().OwnsBuffer() || name_.GetNamespace().OwnsBuffer() ||
-      ownValue_.text.OwnsBuffer() ||
-      (ownValue_.children.Capacity() != 0 && !ownValue_.children.Adopted()) ||
-      (!ownValue_.storedAttributes && ownValue_.attributes.Count() != 0)) {
-    return false;
-  }
+  if (!OwnPartsStored()) return false;
+  // Most elements of a message are leaves: they are looked at here, without a call of their own.
   for (const SOAPParameter* child : ownValue_.children) {
-    if (!child->ownValue_.storedElement || !child->HoldsOnlyStored()) return false;
+    if (!child->ownValue_.storedElement || !child->OwnPartsStored()) return false;
+    if (!child->ownValue_.children.IsEmpty() && !child->HoldsOnlyStored()) return false;
   }
   return true;
 }

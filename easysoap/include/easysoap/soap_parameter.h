@@ -133,6 +133,8 @@ class EASYSOAP_API SOAPParameter {
   // Whether nothing of the element and its descendants needs destruction: all of it lives in a
   // storage.
   bool HoldsOnlyStored() const;
+  // The same for the element alone, its children aside: names, text, list and attributes.
+  bool OwnPartsStored() const;
   // Room for count children in all, in the storage.
   void ReserveStoredChildren(easysoap_internal::MessageStore& store, uint32_t count);
   static void ForgetStoredAttributes(Data& data);
