@@ -331,8 +331,7 @@ class SOAPParser::Reader {
 
   void Read(const char* data, size_t size, bool last) {
     if (!utf16_) {
-      uint64_t overlong = scanner_.Scan(data, size);
-      if (overlong == TagScanner::kNone && last) overlong = scanner_.End();
+      const uint64_t overlong = last ? scanner_.ScanLast(data, size) : scanner_.Scan(data, size);
       if (overlong != TagScanner::kNone) ThrowOverlong(overlong);
     }
     // Pieces keep the clock in view while expat reads a huge tag (and XML_Parse counts in int).

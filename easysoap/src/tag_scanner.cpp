@@ -59,6 +59,14 @@ size_t TagScanner::Skipped(const char* data, size_t size, size_t i) {
   return end + 1;
 }
 
+uint64_t TagScanner::ScanLast(const char* data, size_t size) {
+  // A document no longer than the limit has no tag longer than it: an answer read in one go
+  // (most are) needn't be looked at.
+  if (done_ + size <= limit_) return kNone;
+  const uint64_t found = Scan(data, size);
+  return found != kNone ? found : End();
+}
+
 uint64_t TagScanner::End() {
   if (state_ == State::kOpening && found_ == kNone) OpenTag();
   return found_;

@@ -25,6 +25,8 @@ class TagScanner {
   uint64_t Scan(const char* data, size_t size);
   // The document ended; returns what Scan does.
   uint64_t End();
+  // Scan of the document's last piece, then End.
+  uint64_t ScanLast(const char* data, size_t size);
 
  private:
   enum class State : uint8_t { kText, kOpening, kTag, kSkipped };
