@@ -50,3 +50,23 @@ inline std::string EncodedArrayAnswer(int64_t count, bool ints) {
   WriteEncodedArray(count, ints, text);
   return text;
 }
+
+// An rpc/encoded answer carrying count records of a string, an int and a float, as the sample
+// service's echoStructArray writes it; typed puts an xsi:type on every element, as many other
+// servers do.
+inline std::string RecordArrayAnswer(int64_t count, bool typed) {
+  auto type = [typed](const char* name) {
+    return typed ? std::string(" xsi:type=\"") + name + "\"" : std::string();
+  };
+  std::string text = kAnswerHead;
+  text += "<result SOAP-ENC:arrayType=\"ns:Record[" + std::to_string(count) + "]\">";
+  for (int64_t i = 0; i < count; ++i) {
+    const std::string number = std::to_string(i);
+    text += "<item" + type("ns:Record") + "><name" + type("xsd:string") + ">record " + number +
+            "</name><count" + type("xsd:int") + ">" + number + "</count><weight" +
+            type("xsd:float") + ">" + number + ".25</weight></item>";
+  }
+  text += "</result>";
+  text += kAnswerTail;
+  return text;
+}

@@ -64,6 +64,21 @@ BENCHMARK(BM_ParseResponse)
     ->ArgsProduct({{1000, 10000, 100000, 1000000}, {1}})
     ->Unit(benchmark::kMillisecond);
 
+void BM_ParseRecords(benchmark::State& state) {
+  const std::string text = RecordArrayAnswer(state.range(0), state.range(1) != 0);
+  SOAPParser parser;
+  SOAPResponse response;
+  for (auto _ : state) {
+    parser.Parse(text.data(), text.size(), "utf-8", response, SOAPParser::Limits{});
+    benchmark::DoNotOptimize(&response.GetMethod());
+  }
+  CountItems(state);
+  state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
+}
+// Records without (second argument 0) and with an xsi:type on every element (1), read by one
+// parser into one response, as a proxy reads its answers.
+BENCHMARK(BM_ParseRecords)->ArgsProduct({{1000, 10000}, {0, 1}})->Unit(benchmark::kMillisecond);
+
 // The outgoing driver of an encoded array for xsd:string: the host's item reads, the string row's
 // conversion of each item (code page to UTF-8) and the item elements. The host array is made
 // once; each iteration writes into a fresh element of a fresh request, as a call does.

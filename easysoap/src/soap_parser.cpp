@@ -291,12 +291,10 @@ class SOAPParser::Reader {
     for (std::string& text : texts_) text.clear();
     references_ = MultiReferences();
     bindings_.clear();
-    lastAttributes_.clear();
-    lastTable_ = nullptr;
+    ForgetTables();
     emptyPrefix_ = nullptr;
     std::fill(std::begin(recentNames_), std::end(recentNames_), nullptr);
     nextRecentName_ = 0;
-    lastBuckets_ = 0;
     work_ = 0;
     nextClockRead_ = kWorkBetweenClockReads;
     memoryLimit_ = 0;
@@ -646,12 +644,26 @@ class SOAPParser::Reader {
   // The entries are chained into a table of their own size, as the map would find them. Parsed
   // entries never change (AddAttribute takes them over first), so an element whose attributes
   // are those of the element before (the items of an array) shares that element's table.
+  struct StoredAttribute {
+    const MessageStore::Interned* local;
+    const MessageStore::Interned* uri;  // null for none
+    const char* text;
+  };
+  // An attribute table in the response's storage, shared by the elements whose tags carry the very
+  // same attributes: the elements of an answer repeat a few (xsi:type="xsd:int" and the like).
+  struct StoredTable {
+    std::vector<StoredAttribute> attributes;
+    SOAPParameter::Attributes::Entry** table = nullptr;  // null: none kept here
+    uint32_t buckets = 0;
+  };
+
   void AddAttributes(SOAPParameter& element) {
-    if (!SameAsLast()) StoreAttributes();
+    const StoredTable& stored = StoredTableOfTag();
     SOAPParameter::Data& data = element.GetValue();
-    data.attributes.Adopt(lastTable_, lastBuckets_, static_cast<uint32_t>(tagAttributes_.size()));
+    data.attributes.Adopt(stored.table, stored.buckets,
+                          static_cast<uint32_t>(tagAttributes_.size()));
     data.storedAttributes = true;
-    for (const StoredAttribute& attribute : lastAttributes_) {
+    for (const StoredAttribute& attribute : stored.attributes) {
       std::string_view local = View(attribute.local);
       if (local == "nil" && IsSchemaInstance(View(attribute.uri)) &&
           (std::strcmp(attribute.text, "true") == 0 || std::strcmp(attribute.text, "1") == 0)) {
@@ -666,26 +678,44 @@ class SOAPParser::Reader {
     }
   }
 
-  bool SameAsLast() const {
-    if (tagAttributes_.size() != lastAttributes_.size()) return false;
+  // The table of the tag's attributes: one kept from a recent tag with the very same attributes,
+  // or a new one that replaces the oldest kept.
+  const StoredTable& StoredTableOfTag() {
+    for (size_t i = 0; i < kRecentTables; ++i) {
+      const StoredTable& recent =
+          recentTables_[(nextRecentTable_ + kRecentTables - 1 - i) % kRecentTables];
+      if (recent.table != nullptr && IsTagOf(recent)) return recent;
+    }
+    StoredTable& stored = recentTables_[nextRecentTable_];
+    nextRecentTable_ = (nextRecentTable_ + 1) % kRecentTables;
+    StoreAttributes(stored);
+    return stored;
+  }
+
+  bool IsTagOf(const StoredTable& stored) const {
+    if (tagAttributes_.size() != stored.attributes.size()) return false;
     for (size_t i = 0; i < tagAttributes_.size(); ++i) {
       const TagAttribute& attribute = tagAttributes_[i];
-      const StoredAttribute& last = lastAttributes_[i];
-      if (attribute.name.local != View(last.local) || attribute.name.uriEntry != last.uri ||
-          std::strcmp(attribute.value, last.text) != 0) {
+      const StoredAttribute& kept = stored.attributes[i];
+      if (attribute.name.uriEntry != kept.uri || attribute.name.local != View(kept.local) ||
+          std::strcmp(attribute.value, kept.text) != 0) {
         return false;
       }
     }
     return true;
   }
 
-  void StoreAttributes() {
+  void ForgetTables() {
+    for (StoredTable& recent : recentTables_) recent.table = nullptr;
+  }
+
+  void StoreAttributes(StoredTable& stored) {
     using Entry = SOAPParameter::Attributes::Entry;
-    lastAttributes_.clear();
-    lastBuckets_ = 1;
-    while (lastBuckets_ < tagAttributes_.size()) lastBuckets_ *= 2;
-    lastTable_ = static_cast<Entry**>(store_->Allocate(sizeof(Entry*) * size_t{lastBuckets_}));
-    std::fill(lastTable_, lastTable_ + lastBuckets_, nullptr);
+    stored.attributes.clear();
+    stored.buckets = 1;
+    while (stored.buckets < tagAttributes_.size()) stored.buckets *= 2;
+    stored.table = static_cast<Entry**>(store_->Allocate(sizeof(Entry*) * size_t{stored.buckets}));
+    std::fill(stored.table, stored.table + stored.buckets, nullptr);
     for (const TagAttribute& attribute : tagAttributes_) {
       const SplitName& name = attribute.name;
       const char* value = attribute.value;
@@ -703,10 +733,10 @@ class SOAPParser::Reader {
         const MessageStore::Interned* valueUri = PrefixNamespace(value);
         if (valueUri != nullptr) entry.value.GetNamespace().Refer(valueUri->text);
       }
-      Entry*& chain = lastTable_[entry.hash % lastBuckets_];
+      Entry*& chain = stored.table[entry.hash % stored.buckets];
       entry.next = chain;
       chain = &entry;
-      lastAttributes_.push_back({&local, uri, text});
+      stored.attributes.push_back({&local, uri, text});
     }
   }
 
@@ -739,7 +769,7 @@ class SOAPParser::Reader {
   // each prefix knows its latest.
   void Declare(std::string_view prefix, std::string_view uri) {
     Work(1);
-    lastAttributes_.clear();  // a qualified-name value may mean another namespace now
+    ForgetTables();  // a qualified-name value may mean another namespace now
     MessageStore::Interned& declared = store_->Intern(prefix);
     if (prefix.empty()) emptyPrefix_ = &declared;
     bindings_.push_back({&declared, &store_->Intern(uri), declared.binding});
@@ -748,7 +778,7 @@ class SOAPParser::Reader {
   }
   // Ends the latest count declarations, which an element made.
   void Undeclare(uint32_t count) {
-    if (count != 0) lastAttributes_.clear();
+    if (count != 0) ForgetTables();
     for (; count != 0; --count) {
       bindings_.back().prefix->binding = bindings_.back().previous;
       bindings_.pop_back();
@@ -930,20 +960,15 @@ class SOAPParser::Reader {
   std::vector<Binding> bindings_;
 
   // The attributes stored last, in document order, and their table.
-  struct StoredAttribute {
-    const MessageStore::Interned* local;
-    const MessageStore::Interned* uri;  // null for none
-    const char* text;
-  };
-  std::vector<StoredAttribute> lastAttributes_;
-  SOAPParameter::Attributes::Entry** lastTable_ = nullptr;
+  static constexpr size_t kRecentTables = 8;
+  StoredTable recentTables_[kRecentTables];
+  size_t nextRecentTable_ = 0;
   // The kept entry of the empty prefix, once a default namespace is declared; its binding says
   // which declaration is in force.
   MessageStore::Interned* emptyPrefix_ = nullptr;
   static constexpr size_t kRecentNames = 8;
   MessageStore::Interned* recentNames_[kRecentNames] = {};
   size_t nextRecentName_ = 0;
-  uint32_t lastBuckets_ = 0;
 
   uint64_t work_ = 0;
   uint64_t nextClockRead_ = kWorkBetweenClockReads;
