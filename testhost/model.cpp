@@ -1,5 +1,6 @@
 #include "testhost/model.h"
 
+#include <algorithm>
 #include <type_traits>
 
 namespace testhost {
@@ -91,6 +92,25 @@ Runtime::Stored Runtime::Model::InitialField(const FieldSpec& fieldSpec) {
   }
   if (fieldSpec.isObject) return Stored{true, 0, 0, 0};
   return ZeroOf(fieldSpec.kind);
+}
+
+const std::vector<Runtime::Stored>* Runtime::Model::SharedStart(ClassDef& def) {
+  if (!def.startChecked) {
+    def.startChecked = true;
+    // Every zero string is the one empty string; other values with handles are each their own.
+    auto startsAlike = [this](const FieldSpec& field) {
+      if (field.initial || field.isArray) return false;
+      return field.isObject || field.kind == kHostString ||
+             !VisitValueTable(*this, field.kind, [](const auto&) {});
+    };
+    if (std::all_of(def.fields.begin(), def.fields.end(), startsAlike)) {
+      std::vector<Stored> start;
+      start.reserve(def.fields.size());
+      for (const FieldSpec& field : def.fields) start.push_back(InitialField(field));
+      def.sharedStart = std::move(start);
+    }
+  }
+  return def.sharedStart ? &*def.sharedStart : nullptr;
 }
 
 Runtime::Stored Runtime::Model::Store(const Value& value) {

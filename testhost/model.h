@@ -119,6 +119,10 @@ struct ClassDef {
   std::vector<FieldSpec> fields;
   bool extensionClass = false;          // made by TSX_CreateNonVisualObject
   std::vector<FunctionDecl> functions;  // extension classes: from the class description
+  // The fields every new instance starts with, when no field of the class needs a thing of its
+  // own (an array, a decimal, a blob, a date, an initial value): made for the first instance.
+  std::optional<std::vector<Runtime::Stored>> sharedStart;
+  bool startChecked = false;
 };
 
 struct ObjectData {
@@ -356,6 +360,9 @@ struct Runtime::Model {
   // A non-null zero of a simple kind: 0, empty text, empty blob, zero parts; null for kind any.
   Stored ZeroOf(HostValueKind kind);
   Stored InitialField(const FieldSpec& fieldSpec);
+  // The fields a new instance of def starts with when all its instances can start alike; null
+  // when each needs fields of its own (InitialField).
+  const std::vector<Stored>* SharedStart(ClassDef& def);
   // Makes the handles a value needs.
   Stored Store(const Value& value);
   // Reads a stored value back; className names the class of object slots.

@@ -221,7 +221,8 @@ HostClass Runtime::DefineClass(const std::string& group, HostGroupKind groupKind
     }
   }
   HostClass cls = model_->NewHandle();
-  model_->classes.emplace(cls, ClassDef{name, groupHandle, std::move(fields), false, {}});
+  model_->classes.emplace(cls,
+                          ClassDef{name, groupHandle, std::move(fields), false, {}, {}, false});
   return cls;
 }
 
@@ -251,8 +252,12 @@ HostObject Runtime::CreateObject(HostClass cls) {
   ObjectData data;
   data.cls = cls;
   data.def = def;
-  data.fields.reserve(def->fields.size());
-  for (const FieldSpec& field : def->fields) data.fields.push_back(model_->InitialField(field));
+  if (const std::vector<Stored>* start = model_->SharedStart(*def)) {
+    data.fields = *start;
+  } else {
+    data.fields.reserve(def->fields.size());
+    for (const FieldSpec& field : def->fields) data.fields.push_back(model_->InitialField(field));
+  }
   HostObject object = model_->NewHandle();
   model_->objects.emplace(object, std::move(data));
   model_->objectOrder.push_back(object);
