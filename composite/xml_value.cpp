@@ -6,7 +6,7 @@ SOAPParameter& XmlValueText::WriteTo(SOAPParameter& parameter) const {
   if (isNull) {
     parameter.SetNull(true);
   } else {
-    parameter.SetString(text.c_str());
+    parameter.SetString(text.c_str(), text.size());
   }
   return parameter;
 }

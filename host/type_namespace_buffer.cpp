@@ -2,6 +2,7 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -45,12 +46,18 @@ void DeleteTypeNamespaceSlot() {
 }
 
 void SetTypeNamespace(const char* text) {
+  SetTypeNamespace(text != nullptr
+                       ? std::string_view(text, strnlen(text, kTypeNamespaceBufferSize - 1))
+                       : std::string_view());
+}
+
+void SetTypeNamespace(std::string_view text) {
   if (!gSlotReady) return;
   auto* block = static_cast<char*>(pthread_getspecific(gSlot));
   if (block == nullptr) block = GiveThreadBlock();
   if (block == nullptr) return;
-  size_t length = text != nullptr ? strnlen(text, kTypeNamespaceBufferSize - 1) : 0;
-  if (length != 0) std::memcpy(block, text, length);
+  const size_t length = std::min(text.size(), kTypeNamespaceBufferSize - 1);
+  if (length != 0) std::memcpy(block, text.data(), length);
   block[length] = '\0';
 }
 

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 namespace tssoap {
 
@@ -15,6 +16,8 @@ inline constexpr size_t kTypeNamespaceBufferSize = 1024;
 // and a terminator, so that nothing is written past the block. Null stores the empty text.
 // Does nothing when the block can't be had.
 void SetTypeNamespace(const char* text);
+// The same for a text of known length.
+void SetTypeNamespace(std::string_view text);
 // The calling thread's block, or null when the thread has none.
 const char* GetTypeNamespace();
 

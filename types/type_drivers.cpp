@@ -73,7 +73,7 @@ void ThrowMappingFailure(const std::string& typeName) {
 void RowToWire(const ValueForm& form, ConversionContext& context) {
   // The namespace of the declared type goes out with the row's local name, also when the row
   // is the base type's: a tns:Zip based on xsd:string is written as "string" in tns.
-  SetTypeNamespace(form.type.hasNamespace ? form.type.ns.c_str() : nullptr);
+  SetTypeNamespace(form.type.hasNamespace ? std::string_view(form.type.ns) : std::string_view());
   context.row = &RowServingRecord(context, form.type.code);
   kRowsToWire[form.arrayStyle](context);
 }

@@ -260,18 +260,25 @@ const SOAPParameter& SOAPParameter::GetParameter(const char* name) const {
 }
 
 void SOAPParameter::SetString(const char* text) {
+  SetString(text, text != nullptr ? std::strlen(text) : 0);
+}
+
+void SOAPParameter::SetString(const char* text, size_t length) {
   MessageStore* store = StoreOfOwnData();
   if (store == nullptr) {
     value_->text.Assign(text);
     return;
   }
-  value_->text.Refer(text != nullptr ? store->Copy(text) : nullptr);
+  value_->text.Refer(text != nullptr ? store->Copy(std::string_view(text, length)) : nullptr);
 }
 
 void SOAPParameter::ClearValue() {
-  DeleteOwnChildren();
-  value_ = &ownValue_;
-  ownValue_.text.Clear();
+  // A new element, the usual case, has nothing to let go of.
+  if (value_ != &ownValue_ || !ownValue_.children.IsEmpty() || !ownValue_.text.IsNull()) {
+    DeleteOwnChildren();
+    value_ = &ownValue_;
+    ownValue_.text.Clear();
+  }
   ownValue_.isNull = false;
   ownValue_.isStruct = false;
 }

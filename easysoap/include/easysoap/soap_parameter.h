@@ -15,6 +15,7 @@
 // attributes only through AddAttribute and SetAttribute.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "support/values/easysoap_api.h"
@@ -76,6 +77,8 @@ class EASYSOAP_API SOAPParameter {
   // The character content; its text is null when none was stored or parsed.
   const SOAPString& GetString() const { return value_->text; }
   void SetString(const char* text);
+  // The same for a text whose length is known; text[length] is its terminator.
+  void SetString(const char* text, size_t length);
   // Direct access to the text of the data in force, for writers that assign it in place.
   SOAPString& GetStringRef() { return value_->text; }
 
