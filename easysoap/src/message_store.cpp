@@ -29,6 +29,11 @@ size_t ChainBlockSize(size_t index) {
 
 MessageStore::~MessageStore() { Reset(); }
 
+std::atomic<uint64_t>& OutsideChanges() {
+  static std::atomic<uint64_t> changes{0};
+  return changes;
+}
+
 void MessageStore::Reset() {
   Rewind(0);
   blocks_.shrink_to_fit();
@@ -49,6 +54,7 @@ void MessageStore::Rewind(size_t keepBytes) {
   for (size_t i = count; i < blocks_.size(); ++i) std::free(blocks_[i].data);
   blocks_.resize(count);
   inUse_ = 0;
+  outsideParts_ = false;
   next_ = nullptr;
   left_ = 0;
   if (table_.size() > kKeptTableSlots) {

@@ -6,6 +6,7 @@
 // system.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -70,6 +71,11 @@ class MessageStore {
   // The copy of text when there is one, else null.
   Interned* FindInterned(std::string_view text) const;
 
+  // Some element of the message holds a part of its own outside the storage (a list of children
+  // too long for it): the tree must be walked when it goes. Forgotten with everything else.
+  void NoteOutsideParts() { outsideParts_ = true; }
+  bool HoldsOutsideParts() const { return outsideParts_; }
+
   // Bytes taken from the system for the message: the blocks in use and the table of kept texts.
   size_t Footprint() const { return footprint_; }
   // How many distinct texts are kept.
@@ -118,10 +124,17 @@ class MessageStore {
   char* next_ = nullptr;
   size_t left_ = 0;
   size_t footprint_ = 0;
+  bool outsideParts_ = false;
   std::vector<Interned*> table_;  // open addressing, a power of two, at most half full
   size_t interned_ = 0;
   Recent recent_[kRecentSlots] = {};
   Memo memo_[kMemoSlots] = {};
 };
+
+// How often an element of any storage was changed in a way that may have given it a part outside
+// its storage (a text, list or attribute map of its own): the owner of a storage notes the count
+// when its tree begins, and when the count is still the same as the tree goes (and the storage
+// holds no outside parts), all of the tree goes with the storage, unwalked.
+std::atomic<uint64_t>& OutsideChanges();
 
 }  // namespace easysoap_internal

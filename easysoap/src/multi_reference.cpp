@@ -1,5 +1,7 @@
 #include "easysoap/src/multi_reference.h"
 
+#include <utility>
+
 #include "support/values/soap_exception.h"
 
 namespace easysoap_internal {
@@ -55,7 +57,8 @@ void MultiReferences::Resolve(SOAPParameter& body, uint32_t bodyLevel, uint32_t 
       }
       auto next = referenceOf_.find(target->second);
       if (next == referenceOf_.end()) {
-        data = &target->second->GetValue();
+        // Pointing at the data changes nothing in it (nor counts as a change).
+        data = const_cast<SOAPParameter::Data*>(&std::as_const(*target->second).GetValue());
         break;
       }
       current = next->second;
@@ -88,7 +91,8 @@ void MultiReferences::CheckExpansion(const SOAPParameter& body, uint32_t bodyLev
   while (!stack.empty()) {
     Frame& frame = stack.back();
     if (frame.nextChild < frame.data->children.Size()) {
-      const SOAPParameter::Data* child = &frame.data->children[frame.nextChild++]->GetValue();
+      const SOAPParameter::Data* child =
+          &std::as_const(*frame.data->children[frame.nextChild++]).GetValue();
       auto [it, inserted] = infos.try_emplace(child);
       if (inserted) {
         stack.push_back({child, 0});

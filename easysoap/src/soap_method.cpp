@@ -15,17 +15,26 @@ constexpr size_t kKeptAnswerBytes = 64 * 1024;
 // The storage of the thread's last request, rewound, for its next.
 thread_local std::unique_ptr<MessageStore> spareRequestStore;
 
+// Whether an element of the tree in store may hold a part outside it: one of them was made so, or
+// some element of any storage was changed in a way that may have, since the tree began.
+bool MayHoldOutside(const MessageStore& store, uint64_t changesAtStart) {
+  return store.HoldsOutsideParts() ||
+         easysoap_internal::OutsideChanges().load(std::memory_order_relaxed) != changesAtStart;
+}
+
 }  // namespace
 
 SOAPMethod::SOAPMethod(const char* name, const char* ns, const char* soapAction, bool /*flag*/)
-    : soapAction_(soapAction), store_(std::move(spareRequestStore)) {
+    : soapAction_(soapAction),
+      store_(std::move(spareRequestStore)),
+      changesAtStart_(easysoap_internal::OutsideChanges().load(std::memory_order_relaxed)) {
   if (store_ == nullptr) store_ = std::make_unique<MessageStore>();
   SetName(name, ns);
 }
 
 SOAPMethod::~SOAPMethod() {
   // The tree goes first: its elements live in the storage.
-  ReleaseStored();
+  ReleaseStored(MayHoldOutside(*store_, changesAtStart_));
   store_->Rewind(kKeptRequestBytes);
   if (spareRequestStore == nullptr) spareRequestStore = std::move(store_);
 }
@@ -43,8 +52,10 @@ const SOAPParameter& SOAPResponse::GetMethod() const {
 }
 
 void SOAPResponse::Reset() {
-  body_.Reset();  // in place: no empty element made and copied
+  // In place: no empty element made and copied.
+  body_.Reset(store_ == nullptr || MayHoldOutside(*store_, changesAtStart_));
   if (store_ != nullptr) store_->Rewind(kKeptAnswerBytes);
+  changesAtStart_ = easysoap_internal::OutsideChanges().load(std::memory_order_relaxed);
 }
 
 easysoap_internal::MessageStore& SOAPResponse::Store() {

@@ -70,6 +70,7 @@ SOAPParameter::SOAPParameter(const SOAPParameter& other) : value_(&ownValue_) { 
 
 SOAPParameter& SOAPParameter::operator=(const SOAPParameter& other) {
   if (this != &other) {
+    NoteChange();
     SOAPParameter copy(other);
     DeleteOwnChildren();
     ForgetStoredAttributes(ownValue_);
@@ -115,11 +116,11 @@ inline bool SOAPParameter::OwnPartsStored() const {
          (ownValue_.storedAttributes || ownValue_.attributes.Count() == 0);
 }
 
-void SOAPParameter::DeleteOwnChildren() {
+void SOAPParameter::DeleteOwnChildren(bool storedMayHoldOutside) {
   for (SOAPParameter* child : ownValue_.children) {
     if (!child->ownValue_.storedElement) {
       delete child;
-    } else if (!child->HoldsOnlyStored()) {
+    } else if (storedMayHoldOutside && !child->HoldsOnlyStored()) {
       child->~SOAPParameter();  // its memory goes with the storage
     }
     // A stored element that holds nothing of its own just goes with the storage.
@@ -143,6 +144,7 @@ void SOAPParameter::ReserveStoredChildren(MessageStore& store, uint32_t count) {
   // A long list grows in blocks of its own, each freed as the next takes over: in the storage,
   // every smaller block would stay behind (a million children would leave as much again).
   if (count > kStoredChildrenMost) {
+    store.NoteOutsideParts();
     children.Reserve(count);
     return;
   }
@@ -156,9 +158,15 @@ void SOAPParameter::ReserveStoredChildren(MessageStore& store, uint32_t count) {
   children.Adopt(block, capacity, children.Size());
 }
 
-void SOAPParameter::ReleaseStored() {
-  DeleteOwnChildren();
+void SOAPParameter::ReleaseStored() { ReleaseStored(true); }
+
+void SOAPParameter::ReleaseStored(bool mayHoldOutside) {
+  DeleteOwnChildren(mayHoldOutside);
   ForgetStoredAttributes(ownValue_);
+}
+
+void SOAPParameter::NoteOutsideChange() {
+  easysoap_internal::OutsideChanges().fetch_add(1, std::memory_order_relaxed);
 }
 
 void SOAPParameter::ForgetStoredAttributes(Data& data) {
@@ -170,6 +178,7 @@ void SOAPParameter::ForgetStoredAttributes(Data& data) {
 void SOAPParameter::SetName(const char* name, const char* ns) {
   MessageStore* store = ElementStore();
   if (store == nullptr) {
+    if (ownValue_.storedElement) NoteOutsideChange();
     name_.Set(name, ns);
     return;
   }
@@ -202,6 +211,7 @@ SOAPParameter& SOAPParameter::AddParameter(const char* name) {
   MessageStore* store = StoreOfOwnData();
   SOAPParameter* child = nullptr;
   if (store == nullptr) {
+    NoteChange();  // a child of its own under an element of a storage
     child = new SOAPParameter();
     try {
       child->SetName(name, nullptr);
@@ -236,6 +246,7 @@ void SOAPParameter::ReserveParameters(uint32_t count) {
   if (MessageStore* store = StoreOfOwnData()) {
     ReserveStoredChildren(*store, children.Size() + count);
   } else {
+    NoteChange();
     children.Reserve(children.Size() + count);
   }
 }
@@ -266,6 +277,7 @@ void SOAPParameter::SetString(const char* text) {
 void SOAPParameter::SetString(const char* text, size_t length) {
   MessageStore* store = StoreOfOwnData();
   if (store == nullptr) {
+    NoteChange();
     value_->text.Assign(text);
     return;
   }
@@ -283,8 +295,10 @@ void SOAPParameter::ClearValue() {
   ownValue_.isStruct = false;
 }
 
-void SOAPParameter::Reset() {
-  ReleaseStored();
+void SOAPParameter::Reset() { Reset(true); }
+
+void SOAPParameter::Reset(bool storedMayHoldOutside) {
+  ReleaseStored(storedMayHoldOutside);
   name_.GetName().Clear();
   name_.GetNamespace().Clear();
   ownValue_.text.Clear();
@@ -312,6 +326,7 @@ void SOAPParameter::TakeOverAttributes(Data& data) {
 }
 
 SOAPQName& SOAPParameter::AddAttribute(const SOAPQName& key) {
+  NoteChange();  // the caller fills the value as it likes
   if (value_->storedAttributes) TakeOverAttributes(*value_);
   return value_->attributes.Add(key);
 }

@@ -659,10 +659,8 @@ class SOAPParser::Reader {
 
   void AddAttributes(SOAPParameter& element) {
     const StoredTable& stored = StoredTableOfTag();
-    SOAPParameter::Data& data = element.GetValue();
-    data.attributes.Adopt(stored.table, stored.buckets,
-                          static_cast<uint32_t>(tagAttributes_.size()));
-    data.storedAttributes = true;
+    element.ReferAttributes(stored.table, stored.buckets,
+                            static_cast<uint32_t>(tagAttributes_.size()));
     for (const StoredAttribute& attribute : stored.attributes) {
       std::string_view local = View(attribute.local);
       if (local == "nil" && IsSchemaInstance(View(attribute.uri)) &&
@@ -822,7 +820,7 @@ class SOAPParser::Reader {
   // than the white space between them.
   void StoreText(const OpenElement& open, const std::string& text) {
     if (open.hasChildElement && IsBlank(text)) return;
-    open.element->GetStringRef().Refer(store_->Copy(text));
+    open.element->ReferText(store_->Copy(text));
     CheckMemory();
   }
 

@@ -38,6 +38,7 @@ class EASYSOAP_API SOAPMethod : public SOAPParameter {
   SOAPString soapAction_;
   SOAPQName soapElementName_;
   std::unique_ptr<easysoap_internal::MessageStore> store_;  // the request's
+  uint64_t changesAtStart_;                                 // OutsideChanges when the tree began
 };
 
 // SOAPResponse: a parsed response message. It owns the whole Body, so that multi-reference values
@@ -62,6 +63,7 @@ class EASYSOAP_API SOAPResponse {
 
  private:
   std::unique_ptr<easysoap_internal::MessageStore> store_;  // outlives the tree it holds
+  uint64_t changesAtStart_ = 0;                             // OutsideChanges when the tree began
   SOAPParameter body_;
   SOAPParameter empty_;
 };

@@ -80,7 +80,12 @@ class EASYSOAP_API SOAPParameter {
   // The same for a text whose length is known; text[length] is its terminator.
   void SetString(const char* text, size_t length);
   // Direct access to the text of the data in force, for writers that assign it in place.
-  SOAPString& GetStringRef() { return value_->text; }
+  SOAPString& GetStringRef() {
+    NoteChange();
+    return value_->text;
+  }
+  // The parser's: text the response keeps becomes the element's text.
+  void ReferText(const char* text) { value_->text.Refer(text); }
 
   bool IsNull() const { return value_->isNull; }
   void SetNull(bool isNull = true) { value_->isNull = isNull; }
@@ -113,7 +118,16 @@ class EASYSOAP_API SOAPParameter {
 
   // The data in force, and the element's own data.
   const Data& GetValue() const { return *value_; }
-  Data& GetValue() { return *value_; }
+  Data& GetValue() {
+    NoteChange();
+    return *value_;
+  }
+  // The parser's: a table that the response keeps becomes the element's attributes, shared with
+  // the elements whose tags carry the same attributes.
+  void ReferAttributes(Attributes::Entry** table, uint32_t buckets, uint32_t count) {
+    ownValue_.attributes.Adopt(table, buckets, count);
+    ownValue_.storedAttributes = true;
+  }
   const Data& GetOwnValue() const { return ownValue_; }
   // Makes this element stand for another's data (multi-reference); null goes back to our own.
   void PointValueAt(Data* data) { value_ = data != nullptr ? data : &ownValue_; }
@@ -125,6 +139,9 @@ class EASYSOAP_API SOAPParameter {
   // Destroys the children and lets go of stored attribute entries: for the owner of a storage,
   // before the storage goes.
   void ReleaseStored();
+  // The same, told whether any descendant may hold a part outside the storage; those that can't
+  // go with the storage without being looked at.
+  void ReleaseStored(bool mayHoldOutside);
 
  private:
   // The storage for changes of the element's own data; null for data of another element.
@@ -132,7 +149,17 @@ class EASYSOAP_API SOAPParameter {
     return value_ == &ownValue_ ? ElementStore() : nullptr;
   }
   void CopyFrom(const SOAPParameter& other);
-  void DeleteOwnChildren();
+  // Elements of a storage are looked at only when they may hold parts outside it.
+  void DeleteOwnChildren(bool storedMayHoldOutside = true);
+  // Reset, told as ReleaseStored is: for the response that owns the element and its storage.
+  void Reset(bool storedMayHoldOutside);
+  friend class SOAPResponse;
+  // An element of a storage that is changed through access to its parts (GetValue, GetStringRef)
+  // may come to hold a part outside its storage: such changes are counted.
+  void NoteChange() {
+    if (ownValue_.storedElement || value_->storedElement) NoteOutsideChange();
+  }
+  void NoteOutsideChange();
   // Whether nothing of the element and its descendants needs destruction: all of it lives in a
   // storage.
   bool HoldsOnlyStored() const;
