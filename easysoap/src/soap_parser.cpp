@@ -69,8 +69,7 @@ struct SplitName {
 // Where a name stops being a qualified name for expat reading with namespaces: the offset of the
 // character it stops at (a leading or second colon, or what follows a colon when no name can
 // begin with it, the end of the name included); kNone for a qualified name.
-size_t MisplacedColon(std::string_view name) {
-  const size_t colon = name.find(':');
+size_t MisplacedColon(std::string_view name, size_t colon) {
   if (colon == kNone) return kNone;
   if (colon == 0) return 0;
   if (colon + 1 == name.size()) return name.size();
@@ -79,6 +78,7 @@ size_t MisplacedColon(std::string_view name) {
       next >= 0x80 || next == '_' || (next >= 'A' && next <= 'Z') || (next >= 'a' && next <= 'z');
   return beginsName ? name.find(':', colon + 1) : colon + 1;
 }
+size_t MisplacedColon(std::string_view name) { return MisplacedColon(name, name.find(':')); }
 
 // The prefix that an attribute named so declares ("xmlns:p"; the empty one for "xmlns", the
 // default namespace), or nothing for an attribute that declares none.
@@ -432,7 +432,8 @@ class SOAPParser::Reader {
   // what expat would refuse is refused with its words, at the place it would name.
   void Start(const XML_Char* rawName, const XML_Char** attributes) {
     const std::string_view raw(rawName);
-    if (const size_t at = MisplacedColon(raw); at != kNone) NotWellFormedInName(0, at);
+    const size_t colon = raw.find(':');
+    if (const size_t at = MisplacedColon(raw, colon); at != kNone) NotWellFormedInName(0, at);
     uint32_t declared = 0;
     tagAttributes_.clear();
     if (attributes[0] != nullptr) {  // most elements of an answer have none
@@ -442,7 +443,7 @@ class SOAPParser::Reader {
     }
     declarationsOpen_.push_back(declared);
     SplitName name;
-    if (!Resolve(raw, false, name)) NotWellFormedHere(XML_ERROR_UNBOUND_PREFIX);
+    if (!Resolve(raw, colon, false, name)) NotWellFormedHere(XML_ERROR_UNBOUND_PREFIX);
     ++depth_;
     if (depth_ > limits_.maxDepth) {
       throw SOAPException("The answer nests elements deeper than the limit of %u levels",
@@ -510,7 +511,8 @@ class SOAPParser::Reader {
     for (const XML_Char** attribute = attributes; *attribute != nullptr; attribute += 2) {
       if (DeclaredPrefix(attribute[0])) continue;
       TagAttribute& resolved = tagAttributes_.emplace_back(TagAttribute{attribute[1], {}});
-      if (!Resolve(attribute[0], true, resolved.name)) {
+      const std::string_view raw(attribute[0]);
+      if (!Resolve(raw, raw.find(':'), true, resolved.name)) {
         unbound = true;  // expat stops here; a repeated name before still counts first
         break;
       }
@@ -536,8 +538,8 @@ class SOAPParser::Reader {
 
   // The namespace of a name: its prefix's, or for an element's name without one the default
   // namespace (an attribute's has none). False for a prefix that isn't declared.
-  bool Resolve(std::string_view raw, bool isAttribute, SplitName& name) const {
-    const size_t colon = raw.find(':');
+  // colon: the first in raw, or kNone.
+  bool Resolve(std::string_view raw, size_t colon, bool isAttribute, SplitName& name) const {
     name = SplitName{};
     if (colon == kNone) {
       name.local = raw;
@@ -745,10 +747,11 @@ class SOAPParser::Reader {
     return BoundNamespace(colon == kNone ? std::string_view() : qname.substr(0, colon));
   }
   // An element's local name, kept once. The elements of an answer have few names, so the last
-  // few are looked at before the name is hashed.
+  // few are looked at before the name is hashed. local lies in a NUL-terminated name: its first
+  // byte can be read even when it is empty.
   MessageStore::Interned& InternLocalName(std::string_view local) {
     for (MessageStore::Interned* known : recentNames_) {
-      if (known != nullptr && known->length == local.size() &&
+      if (known != nullptr && known->length == local.size() && known->text[0] == local.data()[0] &&
           std::memcmp(known->text, local.data(), local.size()) == 0) {
         return *known;
       }
