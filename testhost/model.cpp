@@ -77,7 +77,7 @@ Runtime::Stored Runtime::Model::ZeroOf(HostValueKind kind) {
     zero.handle = emptyString;
   } else {
     // An empty text or blob, zero parts; no handle for any other kind.
-    VisitValueTable(*this, kind, [&](auto& table) { zero.handle = Add(table, {}); });
+    VisitValueTable(*this, kind, [&](auto& table) { zero.handle = Add(table); });
   }
   return zero;
 }

@@ -218,10 +218,13 @@ class HandleTable {
     iterator found = find(handle);
     return found != nullptr ? found->second : emplace(handle, Thing()).first->second;
   }
-  std::pair<iterator, bool> emplace(uint32_t handle, Thing thing) {
+  // The thing is made in its place from args.
+  template <typename... Args>
+  std::pair<iterator, bool> emplace(uint32_t handle, Args&&... args) {
     if (iterator found = find(handle)) return {found, false};
     if (handle >= places_.size()) places_.resize(std::max<size_t>(handle + 1, places_.size() * 2));
-    things_.emplace_back(std::in_place, handle, std::move(thing));
+    things_.emplace_back(std::in_place, std::piecewise_construct, std::forward_as_tuple(handle),
+                         std::forward_as_tuple(std::forward<Args>(args)...));
     places_[handle] = static_cast<uint32_t>(things_.size());
     return {&*things_.back(), true};
   }
@@ -268,14 +271,14 @@ struct Runtime::Model {
   [[gnu::noinline]] void Record(const char* operation) { operations.push_back(operation); }
   void Misuse(std::string message) { misuses.push_back(std::move(message)); }
 
-  // Stores a thing under a new handle.
-  template <typename Thing>
-  uint32_t Add(HandleTable<Thing>& table, Thing thing) {
+  // Stores a thing, made from args, under a new handle.
+  template <typename Thing, typename... Args>
+  uint32_t Add(HandleTable<Thing>& table, Args&&... args) {
     uint32_t handle = NewHandle();
-    table.emplace(handle, std::move(thing));
+    table.emplace(handle, std::forward<Args>(args)...);
     return handle;
   }
-  HostString AddString(std::string text) { return Add(strings, std::move(text)); }
+  HostString AddString(std::string_view text) { return Add(strings, text); }
   HostBlob AddBlob(std::vector<uint8_t> bytes) { return Add(blobs, std::move(bytes)); }
   HostDecimal AddDecimal(std::string text) { return Add(decimals, std::move(text)); }
   HostDate AddDate(DateParts parts) { return Add(dates, parts); }
