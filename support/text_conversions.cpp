@@ -337,13 +337,23 @@ std::optional<std::string> HostTextToUtf8(const char* text) {
 }
 
 std::optional<std::string> Utf8ToHostText(const char* text) {
-  if (text == nullptr) return std::nullopt;
+  std::string room;
+  const char* converted = Utf8ToHostText(text, room);
+  if (converted == nullptr) return std::nullopt;
+  if (converted == text) return std::string(text);
+  return room;
+}
+
+const char* Utf8ToHostText(const char* text, std::string& room) {
+  if (text == nullptr) return nullptr;
   SelectHostCodePage();
-  const MeasuredText measured = Measure(text);
-  if (measured.ascii) return std::string(text, measured.length);
+  if (Measure(text).ascii) return text;
   std::optional<std::u16string> units = Utf8ToUcs2(text);
-  if (!units) return std::nullopt;
-  return Ucs2ToCodePage(units->c_str());
+  if (!units) return nullptr;
+  std::optional<std::string> converted = Ucs2ToCodePage(units->c_str());
+  if (!converted) return nullptr;
+  room = std::move(*converted);
+  return room.c_str();
 }
 
 }  // namespace tssoap

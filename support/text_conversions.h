@@ -47,5 +47,8 @@ std::optional<std::u16string> Utf8ToUcs2(const char* text);
 // page is selected for it all the same.
 std::optional<std::string> HostTextToUtf8(const char* text);
 std::optional<std::string> Utf8ToHostText(const char* text);
+// The same for a caller that uses the text at once: ASCII text, the same in every code page, is
+// handed back as it is, any other converted into room. Null when the code-page step fails.
+const char* Utf8ToHostText(const char* text, std::string& room);
 
 }  // namespace tssoap

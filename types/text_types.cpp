@@ -35,10 +35,11 @@ void StringFromXmlText(const XmlTextView& value, ResponseContext& context) {
     row.incomingStep(adjusted);
     text = adjusted.c_str();
   }
-  std::optional<std::string> hostText = Utf8ToHostText(text);
-  if (!hostText) throw SOAPException("%s", row.inFailure);
+  std::string room;
+  const char* hostText = Utf8ToHostText(text, room);
+  if (hostText == nullptr) throw SOAPException("%s", row.inFailure);
   // An empty text is an empty string, not a null one.
-  record.value.handle = context.session.NewString(hostText->c_str());
+  record.value.handle = context.session.NewString(hostText);
 }
 
 void NormalizeWhitespace(std::string& text) {
