@@ -5,7 +5,9 @@
 # instructions per call with callgrind (the whole process, start-up subtracted: the runs of
 # LOW and HIGH calls differ by HIGH - LOW calls) and times calls per second, for `tssoap call
 # --repeat` with the connection cache on, for the gSOAP client and for wrk posting the very
-# request bytes the tool sent (the limit: the server and the loopback alone). Prints one table.
+# request bytes the tool sent (the limit: the server and the loopback alone), and for the same
+# bytes posted through libcurl alone (curl_post: the best a libcurl client can do). Prints one
+# table.
 #
 #   bench/compare.sh [BUILD_DIR]            (default build/default; needs a default build)
 #
@@ -22,9 +24,11 @@ low=${COMPARE_LOW:-1}
 high=${COMPARE_HIGH:-11}
 only=${COMPARE_ONLY:-string ints structs}
 
-cmake --build "$build" --target tssoap tssoapclient90 gsoap_echo_client sample_service >/dev/null
+cmake --build "$build" --target tssoap tssoapclient90 gsoap_echo_client curl_post sample_service \
+  >/dev/null
 tssoap=$build/tools/tssoap/tssoap
 client=$build/bench/gsoap_echo_client
+poster=$build/bench/curl_post
 service=$build/examples/sample_service/sample_service
 proxy=$root/examples/sample.json
 for tool in valgrind wrk; do
@@ -72,12 +76,18 @@ capture_request() {
   printf '\n' >>"$out/$case.request"
 }
 
+# The SOAPAction header's value of the captured request, quoted as sent; empty for none.
+captured_action() {
+  if head -1 "$out/$case.wire" | grep -q '(SOAPAction "'; then
+    echo "\"$(sed -n '1s/.*(SOAPAction "\(.*\)")$/\1/p' "$out/$case.wire")\""
+  fi
+}
+
 # Requests per second of wrk posting the captured request on one connection.
 raw_rate() {
-  local with_action=()
-  if head -1 "$out/$case.wire" | grep -q '(SOAPAction "'; then
-    with_action=("TSSOAP_WRK_ACTION=\"$(sed -n '1s/.*(SOAPAction "\(.*\)")$/\1/p' "$out/$case.wire")\"")
-  fi
+  local action with_action=()
+  action=$(captured_action)
+  if [[ -n $action ]]; then with_action=("TSSOAP_WRK_ACTION=$action"); fi
   env TSSOAP_WRK_BODY="$out/$case.request" "${with_action[@]}" \
     wrk -t1 -c1 -d"${seconds}s" -s "$root/bench/post_request.lua" "$url" >"$out/$case.wrk" 2>&1
   if grep -q 'Non-2xx' "$out/$case.wrk"; then
@@ -111,9 +121,12 @@ for case in $only; do
   ours_rate=$(rate "$case.tssoap" tssoap_call "$((1000000000 / (ours + 1)))")
   theirs_rate=$(rate "$case.gsoap" gsoap_call "$((1000000000 / (theirs + 1)))")
   raw=$(raw_rate)
-  rows+=("| $label | $ours | $theirs | $(ratio "$ours" "$theirs") | $goal | $ours_rate | $theirs_rate | $raw | $(ratio "$ours_rate" "$theirs_rate") | $(ratio "$ours_rate" "$raw") |")
+  action=$(captured_action)
+  curl_call=("$poster" "$url" "$out/$case.request" "${action:--}")
+  curl_rate=$(rate "$case.curl" curl_call "$raw")
+  rows+=("| $label | $ours | $theirs | $(ratio "$ours" "$theirs") | $goal | $ours_rate | $theirs_rate | $raw | $curl_rate | $(ratio "$ours_rate" "$theirs_rate") | $(ratio "$ours_rate" "$raw") | $(ratio "$curl_rate" "$raw") |")
 done
 
-echo "| Call | tssoap instructions/call | gSOAP instructions/call | Ratio | Goal | tssoap calls/s | gSOAP calls/s | raw HTTP calls/s | tssoap/gSOAP rate | tssoap/raw rate |"
-echo "| --- | --- | --- | --- | --- | --- | --- | --- | --- | --- |"
+echo "| Call | tssoap instructions/call | gSOAP instructions/call | Ratio | Goal | tssoap calls/s | gSOAP calls/s | raw HTTP calls/s | libcurl alone calls/s | tssoap/gSOAP rate | tssoap/raw rate | libcurl alone/raw rate |"
+echo "| --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- |"
 printf '%s\n' "${rows[@]}"
