@@ -645,7 +645,9 @@ class SOAPParser::Reader {
 
   // The entries are chained into a table of their own size, as the map would find them. Parsed
   // entries never change (AddAttribute takes them over first), so an element whose attributes
-  // are those of the element before (the items of an array) shares that element's table.
+  // are those of one of the last few different tags (a record's fields, item after item) shares
+  // that tag's table. A declaration made or ended forgets them all: a qualified-name value may
+  // mean another namespace then.
   struct StoredAttribute {
     const MessageStore::Interned* local;
     const MessageStore::Interned* uri;  // null for none
