@@ -80,6 +80,40 @@ TEST(SoapParserTest, ReadsNamesNamespacesTextAttributesAndNil) {
   EXPECT_EQ(Attribute(method.GetParameter("f"), "nil", xsi), "true|") << "the attribute stays";
 }
 
+// Elements whose tags carry the same attributes as a recent tag share its table, as a record's
+// fields do item after item; under a prefix declared anew a qualified-name value takes the new
+// namespace, and back outside the old one again.
+TEST(SoapParserTest, ElementsShareAttributeTablesOnlyWhereTheyMeanTheSame) {
+  std::string fields;
+  for (int i = 0; i < 3; ++i) {
+    fields += "<a xsi:type='t:A'/><b xsi:type='t:B' n='1'/><c xsi:type='t:A' n='2'/>";
+  }
+  SOAPResponse response;
+  const SOAPParameter& method =
+      Parse("<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/' xmlns:xsi='" +
+                std::string(kXsiNamespace) + "' xmlns:t='urn:t1'><e:Body><m>" + fields +
+                "<d xmlns:t='urn:t2'><a xsi:type='t:A'/><b xsi:type='t:B' n='1'/></d>" + fields +
+                "</m></e:Body></e:Envelope>",
+            response);
+  auto shown = [](const SOAPParameter& element) {
+    return NameOf(element) + " " + Attribute(element, "type", kXsiNamespace) + " " +
+           Attribute(element, "n", nullptr);
+  };
+  const std::vector<std::string> record = {"a| t:A|urn:t1 <absent>", "b| t:B|urn:t1 1|",
+                                           "c| t:A|urn:t1 2|"};
+  std::vector<std::string> expected;
+  for (int i = 0; i < 6; ++i) {
+    if (i == 3) expected.push_back("d| <absent> <absent>");
+    expected.insert(expected.end(), record.begin(), record.end());
+  }
+  std::vector<std::string> seen;
+  for (const SOAPParameter* child : method.GetParams()) seen.push_back(shown(*child));
+  EXPECT_EQ(seen, expected);
+  const SOAPParameter& inner = method.GetParameter("d");
+  EXPECT_EQ(shown(inner.GetParameter("a")), "a| t:A|urn:t2 <absent>");
+  EXPECT_EQ(shown(inner.GetParameter("b")), "b| t:B|urn:t2 1|");
+}
+
 TEST(SoapParserTest, ResolvesMultiReferenceValuesAnywhereInTheBody) {
   SOAPResponse response;
   const SOAPParameter& result =
