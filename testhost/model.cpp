@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <type_traits>
+#include <unordered_set>
+#include <vector>
 
 namespace testhost {
 namespace {
@@ -111,6 +113,78 @@ const std::vector<Runtime::Stored>* Runtime::Model::SharedStart(ClassDef& def) {
     }
   }
   return def.sharedStart ? &*def.sharedStart : nullptr;
+}
+
+void Runtime::Model::ReleaseSince(uint32_t mark, const std::vector<HostObject>& roots) {
+  // What was made since mark and is still held, found from everything that holds.
+  std::unordered_set<uint32_t> held;
+  std::vector<const ObjectData*> objectsToRead;
+  std::vector<const ArrayData*> arraysToRead;
+  auto hold = [&](uint32_t handle) { return handle >= mark && held.insert(handle).second; };
+  auto holdObject = [&](HostObject object) {
+    if (!hold(object)) return;
+    if (const auto found = objects.find(object)) objectsToRead.push_back(&found->second);
+  };
+  auto holdArray = [&](HostArray array) {
+    if (!hold(array)) return;
+    if (const auto found = arrays.find(array)) arraysToRead.push_back(&found->second);
+  };
+  auto holdStored = [&](const Stored& stored, bool isArray, bool isObject) {
+    if (stored.isNull || stored.handle == 0) return;
+    if (isArray) {
+      holdArray(stored.handle);
+    } else if (isObject) {
+      holdObject(stored.handle);
+    } else {
+      hold(stored.handle);  // only values with handles (strings, decimals, ...) have one
+    }
+  };
+  objects.ForEach([&](HostObject object, const ObjectData& data) {
+    if (object < mark) {
+      objectsToRead.push_back(&data);
+    } else if (data.instance != nullptr || data.marshaler != nullptr) {
+      holdObject(object);  // the extension's objects stand for instances that live on their own
+    }
+  });
+  arrays.ForEach([&](HostArray array, const ArrayData& data) {
+    if (array < mark) arraysToRead.push_back(&data);
+  });
+  for (HostObject root : roots) holdObject(root);
+  if (emptyString != 0) hold(emptyString);  // the zero of every string field, shared
+  while (!objectsToRead.empty() || !arraysToRead.empty()) {
+    if (!objectsToRead.empty()) {
+      const ObjectData* data = objectsToRead.back();
+      objectsToRead.pop_back();
+      for (size_t i = 0; i < data->fields.size() && i < data->def->fields.size(); ++i) {
+        const FieldSpec& field = data->def->fields[i];
+        holdStored(data->fields[i], field.isArray, field.isObject);
+      }
+      continue;
+    }
+    const ArrayData* data = arraysToRead.back();
+    arraysToRead.pop_back();
+    for (const Stored& item : data->items) holdStored(item, false, data->objects);
+  }
+  // Mostly nothing made since mark is held any more: no lookup then.
+  const bool noneHeld = held.empty();
+  auto drop = [&](uint32_t handle) {
+    return handle >= mark && (noneHeld || held.count(handle) == 0);
+  };
+  std::erase_if(objectOrder, drop);
+  objects.EraseIf(drop);
+  arrays.EraseIf(drop);
+  for (int kind : {kHostString, kHostDecimal, kHostBlob, kHostDate, kHostTime, kHostDateTime}) {
+    VisitValueTable(*this, kind, [&](auto& table) { table.EraseIf(drop); });
+  }
+  lastObject = {};
+  lastArray = {};
+  // Nothing made since mark is left (no class or group either): its handles are free to give out
+  // again.
+  auto madeSince = [&](const auto& table) {
+    return std::any_of(table.begin(), table.end(),
+                       [&](const auto& entry) { return entry.first >= mark; });
+  };
+  if (noneHeld && !madeSince(classes) && !madeSince(groups)) nextHandle = mark;
 }
 
 Runtime::Stored Runtime::Model::Store(const Value& value) {

@@ -233,6 +233,25 @@ class HandleTable {
     things_[places_[handle] - 1].reset();
     places_[handle] = 0;
   }
+  // Calls visit(handle, thing) for every thing, in the order they were made.
+  template <typename Visit>
+  void ForEach(Visit visit) {
+    for (std::optional<value_type>& slot : things_) {
+      if (slot) visit(slot->first, slot->second);
+    }
+  }
+  // Erases every thing whose handle drop(handle) tells; the places left empty at the end go, so
+  // that a table whose newest things all went is as it was before they came.
+  template <typename Drop>
+  void EraseIf(Drop drop) {
+    for (std::optional<value_type>& slot : things_) {
+      if (slot && drop(slot->first)) {
+        places_[slot->first] = 0;
+        slot.reset();
+      }
+    }
+    while (!things_.empty() && !things_.back()) things_.pop_back();
+  }
 
  private:
   std::deque<std::optional<value_type>> things_;
@@ -267,6 +286,9 @@ struct Runtime::Model {
   std::vector<std::string> misuses;
 
   uint32_t NewHandle() { return nextHandle++; }
+  // Frees what was made since mark that roots, the objects made before it, the arrays made before
+  // it and the extension's objects don't hold (Runtime::Release).
+  void ReleaseSince(uint32_t mark, const std::vector<HostObject>& roots);
   // Keeps an operation in the recorded order; out of line, off the path of every host call.
   [[gnu::noinline]] void Record(const char* operation) { operations.push_back(operation); }
   void Misuse(std::string message) { misuses.push_back(std::move(message)); }

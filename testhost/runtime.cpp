@@ -317,6 +317,14 @@ void Runtime::DestroyObject(HostObject object) {
   if (instance != nullptr) instance->Destroy();
 }
 
+uint32_t Runtime::HandleMark() const { return model_->nextHandle; }
+
+void Runtime::Release(uint32_t mark, const std::vector<HostObject>& roots) {
+  std::vector<HostObject> held = roots;
+  if (pendingException_ != 0) held.push_back(pendingException_);
+  model_->ReleaseSince(mark, held);
+}
+
 HostString Runtime::MakeString(const std::string& text) { return model_->AddString(text); }
 
 std::string Runtime::StringText(HostString string) const {

@@ -196,6 +196,14 @@ class Runtime final : public IHostSession {
   Value GetField(HostObject object, const std::string& name);
   // Destroys an object; an extension instance is ended with Destroy, a proxy's marshaler too.
   void DestroyObject(HostObject object);
+  // The handle the next thing made gets: a mark for Release.
+  uint32_t HandleMark() const;
+  // Frees the objects, arrays and values made since mark that nothing made before it holds, nor
+  // an extension object, nor the pending exception, nor roots: as a script runtime collects what
+  // no variable holds any more. When nothing made since mark is left, the handles from mark on
+  // are given out again. For a program that makes call after call and keeps only what it read
+  // back (the tool's --repeat); a handle of a thing freed here names nothing any more.
+  void Release(uint32_t mark, const std::vector<HostObject>& roots = {});
 
   HostString MakeString(const std::string& text);
   std::string StringText(HostString string) const;

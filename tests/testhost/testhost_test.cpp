@@ -8,6 +8,7 @@
 #include <string>
 #include <tuple>
 
+#include "call/address_types.h"
 #include "host/entry_points.h"
 #include "testhost/model.h"
 
@@ -162,6 +163,51 @@ TEST_F(TesthostTest, CallHandsTheDescriptionToTheMarshalerAndReadsEverythingBack
   ASSERT_TRUE(outcome.exception.has_value());
   EXPECT_EQ(outcome.exception->text, "boom");
   EXPECT_EQ(rt.PendingException(), 0u);
+  EXPECT_TRUE(rt.Misuses().empty());
+}
+
+// Release frees what was made since a mark and nothing holds: not what an older object holds
+// (also through an array), nor the extension's objects. When nothing made since the mark is left,
+// its handles are given out again, so that call after call takes no more room.
+TEST_F(TesthostTest, ReleaseFreesWhatNothingHoldsAndGivesItsHandlesAgain) {
+  using tssoap::test::Field;
+  rt.DefineStructure("tns__node",
+                     {Field("name", kHostString), Field("next", kHostUnknown, false, "tns__node"),
+                      Field("all", kHostUnknown, true, "tns__node")});
+  const HostObject keeper = rt.NewInstance("tns__node");
+  const uint32_t mark = rt.HandleMark();
+  auto node = [&](const char* name) {
+    const HostObject made = rt.NewInstance("tns__node");
+    rt.SetField(made, "name", Value::String(name));
+    return made;
+  };
+  const HostObject held = node("held");
+  const HostObject inArray = node("in an array");
+  const HostObject dropped = node("dropped");
+  rt.SetField(dropped, "next", Value::Object(held));  // holding doesn't make it held
+  rt.SetField(keeper, "next", Value::Object(held));
+  Value inArrayValue = Value::Object(inArray);
+  inArrayValue.className = "tns__node";
+  rt.SetField(keeper, "all", Value::ObjectArray("tns__node", {inArrayValue}));
+  const HostString loose = rt.MakeString("loose");
+  const HostObject connection = rt.NewInstance("soapconnection");
+
+  rt.Release(mark);
+  EXPECT_EQ(rt.GetField(held, "name"), Value::String("held"));
+  EXPECT_EQ(rt.GetField(inArray, "name"), Value::String("in an array"));
+  EXPECT_NE(rt.GetClass(connection), 0u);
+  EXPECT_THROW(rt.GetField(dropped, "name"), std::out_of_range);
+  EXPECT_THROW(rt.StringText(loose), std::invalid_argument);
+  EXPECT_GT(rt.HandleMark(), mark) << "what is held keeps its handle";
+
+  const uint32_t next = rt.HandleMark();
+  for (int call = 0; call < 3; ++call) {
+    rt.SetField(node("made in a call"), "next", Value::Object(node("and its next")));
+    rt.MakeString("text of a call");
+    rt.Release(next);
+    EXPECT_EQ(rt.HandleMark(), next) << "nothing left: the handles are given again";
+  }
+  EXPECT_EQ(rt.GetField(keeper, "next").AsObject(), held);
   EXPECT_TRUE(rt.Misuses().empty());
 }
 

@@ -235,8 +235,12 @@ int Call(const CommandLine& line, const ToolPaths& paths, std::ostream& out, std
 
   testhost::CallOutcome outcome;
   int64_t calls = 0;
+  // The outcome of a call is read from what the call made; before the next call the host frees
+  // it, as a script that keeps only the last result leaves the others to be collected.
+  const uint32_t beforeCalls = session.Runtime().HandleMark();
   auto started = std::chrono::steady_clock::now();
   while (calls < line.repeat) {
+    if (calls != 0) session.Runtime().Release(beforeCalls);
     outcome = session.Call(function, values);
     ++calls;
     if (calls == 1 && line.wire) {
