@@ -339,13 +339,12 @@ SOAPParameter::SharedAttributes SOAPParameter::GetSharedAttributes() const {
 }
 
 bool SOAPParameter::ShareAttributes(const SharedAttributes& shared) {
-  Data& data = ownValue_;
+  const Data& data = ownValue_;
   if (shared.table == nullptr || StoreOfOwnData() != shared.store || data.attributes.Count() != 0) {
     return false;
   }
   // Stored tables are never changed: a later SetAttribute makes a new one.
-  data.attributes.Adopt(static_cast<Entry**>(shared.table), shared.buckets, 1);
-  data.storedAttributes = true;
+  ReferAttributes(static_cast<Entry**>(shared.table), shared.buckets, 1);
   return true;
 }
 
@@ -366,8 +365,7 @@ void SOAPParameter::SetAttribute(const SOAPQName& key, const char* text, const c
   const void* const sharedKey[4] = {keyName.text, keyNs.text, valueName, valueNs};
   if (count == 0) {
     if (void* shared = store->Recall(sharedKey)) {
-      data.attributes.Adopt(static_cast<Entry**>(shared), kStoredBuckets, 1);
-      data.storedAttributes = true;
+      ReferAttributes(static_cast<Entry**>(shared), kStoredBuckets, 1);
       return;
     }
   }
@@ -402,7 +400,6 @@ void SOAPParameter::SetAttribute(const SOAPQName& key, const char* text, const c
     ++entries;
   }
   ForgetStoredAttributes(data);
-  data.attributes.Adopt(table, kStoredBuckets, entries);
-  data.storedAttributes = true;
+  ReferAttributes(table, kStoredBuckets, entries);
   if (entries == 1) store->Remember(sharedKey, table);
 }

@@ -43,7 +43,7 @@ class EASYSOAP_API __attribute__((packed, aligned(4))) SOAPString {
   void Refer(const char* text) {
     if (OwnsBuffer()) FreeBuffer();
     buffer_ = const_cast<char*>(text);  // never written through: every change copies first
-    bits_ = (bits_ & ~kReferred) | (text != nullptr ? kReferred : 0);
+    SetReferred(text != nullptr);
   }
 
   // The text, or null when there is none.

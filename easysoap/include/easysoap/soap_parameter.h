@@ -122,8 +122,8 @@ class EASYSOAP_API SOAPParameter {
     NoteChange();
     return *value_;
   }
-  // The parser's: a table that the response keeps becomes the element's attributes, shared with
-  // the elements whose tags carry the same attributes.
+  // A table that the element's message keeps becomes its attributes, shared with the elements of
+  // the same attributes (the parser's tags, the request's SetAttribute and ShareAttributes).
   void ReferAttributes(Attributes::Entry** table, uint32_t buckets, uint32_t count) {
     ownValue_.attributes.Adopt(table, buckets, count);
     ownValue_.storedAttributes = true;
