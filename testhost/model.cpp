@@ -74,7 +74,7 @@ Runtime::Stored Runtime::Model::ZeroOf(HostValueKind kind) {
   } else if (kind == kHostDecimal) {
     zero.handle = AddDecimal("0");
   } else if (kind == kHostString) {
-    // Strings never change and never go: every zero string is the one empty string.
+    // Strings never change, and Release keeps this one: every zero string is the one empty string.
     if (emptyString == 0) emptyString = AddString({});
     zero.handle = emptyString;
   } else {
@@ -173,9 +173,7 @@ void Runtime::Model::ReleaseSince(uint32_t mark, const std::vector<HostObject>& 
   std::erase_if(objectOrder, drop);
   objects.EraseIf(drop);
   arrays.EraseIf(drop);
-  for (int kind : {kHostString, kHostDecimal, kHostBlob, kHostDate, kHostTime, kHostDateTime}) {
-    VisitValueTable(*this, kind, [&](auto& table) { table.EraseIf(drop); });
-  }
+  VisitEveryValueTable(*this, [&](auto& table) { table.EraseIf(drop); });
   lastObject = {};
   lastArray = {};
   // Nothing made since mark is left (no class or group either): its handles are free to give out

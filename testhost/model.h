@@ -379,6 +379,13 @@ struct Runtime::Model {
     }
     return true;
   }
+  // Calls visit with each of those tables.
+  template <typename Self, typename Visit>
+  static void VisitEveryValueTable(Self& model, Visit&& visit) {
+    for (int kind : {kHostString, kHostDecimal, kHostBlob, kHostDate, kHostTime, kHostDateTime}) {
+      VisitValueTable(model, kind, visit);
+    }
+  }
   HostClass ClassByName(std::string_view name) const;
   std::string ClassName(HostClass cls) const;
 
