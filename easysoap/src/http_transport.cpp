@@ -159,7 +159,12 @@ HttpTransport::HttpTransport(ServiceAddress service, std::optional<ServiceAddres
       maxAnswerBytes_(maxAnswerBytes) {
   InitializeCurlOnce();
   handle_ = curl_easy_init();
-  if (handle_ == nullptr) throw SOAPMemoryException();
+  multi_ = curl_multi_init();
+  if (handle_ == nullptr || multi_ == nullptr) {
+    curl_easy_cleanup(handle_);
+    curl_multi_cleanup(multi_);
+    throw SOAPMemoryException();
+  }
   CURL* h = handle_;
   // The address parsed once, as libcurl parses a CURLOPT_URL text (which it would do again for
   // every request); one it refuses goes in as text, to fail as before when a call is made.
@@ -230,6 +235,7 @@ void HttpTransport::TrustCertificatesOfEnvironment() {
 
 HttpTransport::~HttpTransport() {
   curl_easy_cleanup(handle_);
+  curl_multi_cleanup(multi_);
   curl_url_cleanup(url_);
   curl_slist_free_all(headers_);
 }
@@ -334,7 +340,7 @@ void HttpTransport::Post(const std::string& body, const SOAPString& soapAction, 
   {
     std::optional<SigpipeGuard> guard;
     if (service_.scheme == "https" || (proxy_ && proxy_->scheme == "https")) guard.emplace();
-    code = curl_easy_perform(handle_);
+    code = Perform();
     // A kept connection may die under the request: a proxy server such as tinyproxy drops the
     // service's "Connection: close" and closes its side after the answer without saying so.
     // libcurl sends such a request again on a new connection by itself, but only five times in
@@ -344,7 +350,7 @@ void HttpTransport::Post(const std::string& body, const SOAPString& soapAction, 
     if (DiedUnanswered(code)) {
       errorText_[0] = '\0';
       curl_easy_setopt(handle_, CURLOPT_FRESH_CONNECT, 1L);
-      code = curl_easy_perform(handle_);
+      code = Perform();
       curl_easy_setopt(handle_, CURLOPT_FRESH_CONNECT, 0L);
     }
   }
@@ -363,6 +369,32 @@ void HttpTransport::Post(const std::string& body, const SOAPString& soapAction, 
   if (stoppedByReader_ && code == CURLE_WRITE_ERROR) return;
   if (code != CURLE_OK) ThrowTransportFailure(code);
   if (answer.bodyBytes == 0 && !TakeHeader(answer)) throw SOAPMemoryException();
+}
+
+// What curl_easy_perform does, through a multi handle of the transport's own: easy_perform's
+// multi handle also watches a wake-up socket, two more polls an exchange on a kept connection.
+CURLcode HttpTransport::Perform() {
+  CURLMcode multiCode = curl_multi_add_handle(multi_, handle_);
+  CURLcode code = CURLE_OK;
+  while (multiCode == CURLM_OK) {
+    int running = 0;
+    multiCode = curl_multi_perform(multi_, &running);
+    if (multiCode != CURLM_OK) break;
+    if (running == 0) {
+      int left = 0;
+      while (CURLMsg* message = curl_multi_info_read(multi_, &left)) {
+        if (message->msg == CURLMSG_DONE) code = message->data.result;
+      }
+      break;
+    }
+    // The wait ends early at libcurl's own next deadline, the exchange's time-out among them.
+    multiCode = curl_multi_wait(multi_, nullptr, 0, 1000, nullptr);
+  }
+  curl_multi_remove_handle(multi_, handle_);
+  if (multiCode != CURLM_OK) {
+    return multiCode == CURLM_OUT_OF_MEMORY ? CURLE_OUT_OF_MEMORY : CURLE_BAD_FUNCTION_ARGUMENT;
+  }
+  return code;
 }
 
 HttpTransport::Received HttpTransport::WhatCameBack() const {

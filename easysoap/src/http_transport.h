@@ -1,8 +1,8 @@
 // HttpTransport: one libcurl easy handle that posts SOAP requests to one service, directly or
 // through an HTTP proxy server. Certificates are verified against the system's CA bundle, or the
-// ones that CURL_CA_BUNDLE, SSL_CERT_FILE and SSL_CERT_DIR name. The handle lives as long as the
-// transport, so that libcurl keeps the TCP connection open between posts and reuses it. Used by one
-// thread at a time.
+// ones that CURL_CA_BUNDLE, SSL_CERT_FILE and SSL_CERT_DIR name. The handle and the multi handle
+// that drives it live as long as the transport, so that libcurl keeps the TCP connection open
+// between posts and reuses it. Used by one thread at a time.
 #pragma once
 
 #include <curl/curl.h>
@@ -78,6 +78,8 @@ class HttpTransport {
   // True when the answer's header went beyond libcurl's limits.
   bool HeaderTooLarge(CURLcode code) const;
   void SetHeaders(const SOAPString& soapAction);
+  // One exchange, driven to its end.
+  CURLcode Perform();
   [[noreturn]] void ThrowTransportFailure(CURLcode code) const;
   // CA certificates named by CURL_CA_BUNDLE or SSL_CERT_FILE, and SSL_CERT_DIR, for the service
   // and an https proxy server; verification itself is always on.
@@ -88,6 +90,7 @@ class HttpTransport {
   long timeoutSeconds_;
   uint64_t maxAnswerBytes_;
   CURL* handle_ = nullptr;
+  CURLM* multi_ = nullptr;  // holds the kept connection between exchanges
   curl_slist* headers_ = nullptr;
   CURLU* url_ = nullptr;      // the service's address, parsed
   std::string headerAction_;  // the SOAPAction line headers_ was built for
