@@ -6,8 +6,9 @@
 # LOW and HIGH calls differ by HIGH - LOW calls) and times calls per second, for `tssoap call
 # --repeat` with the connection cache on, for the gSOAP client and for wrk posting the very
 # request bytes the tool sent (the limit: the server and the loopback alone), and for the same
-# bytes posted through libcurl alone (curl_post: the best a libcurl client can do). Prints one
-# table.
+# bytes posted through libcurl alone (curl_post: the best a libcurl client can do). Prints a
+# table of both, and one of each client's processor time a call in the timed runs, with the share
+# of the raw rate that this time leaves.
 #
 #   bench/compare.sh [BUILD_DIR]            (default build/default; needs a default build)
 #
@@ -55,15 +56,22 @@ per_call() {
 }
 
 # Calls per second from a run's "calls per second" line; the number of calls, from a first guess
-# of the rate, aims at SECONDS.
+# of the rate, aims at SECONDS. The run's processor time (user and system) goes to NAME.cpu.
 rate() {
   local name=$1 guess=$3
   local -n command=$2
-  local calls
+  local calls TIMEFORMAT
   calls=$(awk -v g="$guess" -v s="$seconds" 'BEGIN { c = int(g * s); print c < 3 ? 3 : c }')
-  "${command[@]}" "$calls" >"$out/$name.rate.stdout" 2>"$out/$name.rate.stderr" ||
+  TIMEFORMAT="%U %S $calls"
+  { time "${command[@]}" "$calls" >"$out/$name.rate.stdout" 2>"$out/$name.rate.stderr"; } \
+    2>"$out/$name.cpu" ||
     { echo "compare.sh: $name failed:" >&2; tail -5 "$out/$name.rate.stderr" >&2; exit 1; }
   sed -n 's/.*: \([0-9]*\) calls per second.*/\1/p' "$out/$name.rate.stderr"
+}
+
+# Processor time a call, in microseconds, of the timed run NAME.
+cpu_per_call() {
+  awk '{ printf "%.0f", ($1 + $2) * 1e6 / $3 }' "$out/$1.cpu"
 }
 
 # The request the tool sends, as --wire shows it: a line naming the SOAPAction, the body, an empty
@@ -88,8 +96,12 @@ raw_rate() {
   local action with_action=()
   action=$(captured_action)
   if [[ -n $action ]]; then with_action=("TSSOAP_WRK_ACTION=$action"); fi
-  env TSSOAP_WRK_BODY="$out/$case.request" "${with_action[@]}" \
-    wrk -t1 -c1 -d"${seconds}s" -s "$root/bench/post_request.lua" "$url" >"$out/$case.wrk" 2>&1
+  local TIMEFORMAT="%U %S"
+  { time env TSSOAP_WRK_BODY="$out/$case.request" "${with_action[@]}" \
+    wrk -t1 -c1 -d"${seconds}s" -s "$root/bench/post_request.lua" "$url" >"$out/$case.wrk" 2>&1; } \
+    2>"$out/$case.wrk.time"
+  echo "$(cat "$out/$case.wrk.time") $(sed -n 's/^ *\([0-9]*\) requests in.*/\1/p' "$out/$case.wrk")" \
+    >"$out/$case.wrk.cpu"
   if grep -q 'Non-2xx' "$out/$case.wrk"; then
     echo "compare.sh: the server refused the captured $case request:" >&2
     cat "$out/$case.wrk" >&2
@@ -100,7 +112,15 @@ raw_rate() {
 
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", (b > 0 ? a / b : 0) }'; }
 
+# The share of the raw rate left to a client that spends CPU microseconds a call where wrk spends
+# WRK, when nothing it does overlaps the server's work: a round trip of 1e6 / RAW microseconds
+# grows by the difference.
+bound() {
+  awk -v r="$1" -v c="$2" -v w="$3" 'BEGIN { p = 1e6 / r; printf "%.2f", (p / (p + c - w)) }'
+}
+
 rows=()
+cpu_rows=()
 for case in $only; do
   case $case in
     string) kind=string items=5 function=echostring goal=0.5 label='echoString("hello")' ;;
@@ -124,9 +144,19 @@ for case in $only; do
   action=$(captured_action)
   curl_call=("$poster" "$url" "$out/$case.request" "${action:--}")
   curl_rate=$(rate "$case.curl" curl_call "$raw")
+  for who in tssoap gsoap curl wrk; do
+    printf -v "cpu_$who" '%s' "$(cpu_per_call "$case.$who")"
+  done
+  trip=$(awk -v r="$raw" 'BEGIN { printf "%.0f", (r > 0 ? 1e6 / r : 0) }')
+  cpu_rows+=("| $label | $cpu_tssoap | $cpu_gsoap | $cpu_curl | $cpu_wrk | $trip | $(bound "$raw" "$cpu_tssoap" "$cpu_wrk") | $(bound "$raw" "$cpu_curl" "$cpu_wrk") |")
   rows+=("| $label | $ours | $theirs | $(ratio "$ours" "$theirs") | $goal | $ours_rate | $theirs_rate | $raw | $curl_rate | $(ratio "$ours_rate" "$theirs_rate") | $(ratio "$ours_rate" "$raw") | $(ratio "$curl_rate" "$raw") |")
 done
 
 echo "| Call | tssoap instructions/call | gSOAP instructions/call | Ratio | Goal | tssoap calls/s | gSOAP calls/s | raw HTTP calls/s | libcurl alone calls/s | tssoap/gSOAP rate | tssoap/raw rate | libcurl alone/raw rate |"
 echo "| --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- | --- |"
 printf '%s\n' "${rows[@]}"
+echo
+echo "Processor time a call (user and system, microseconds) in the timed runs; the raw round trip; the share of the raw rate that a client's extra time over wrk's leaves when none of it overlaps the server's work."
+echo "| Call | tssoap | gSOAP | libcurl alone | wrk | raw round trip | tssoap share it leaves | libcurl alone share it leaves |"
+echo "| --- | --- | --- | --- | --- | --- | --- | --- |"
+printf '%s\n' "${cpu_rows[@]}"
