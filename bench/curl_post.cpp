@@ -62,6 +62,9 @@ int main(int argc, char** argv) {
   curl_easy_setopt(curl, CURLOPT_NOPROXY, "");
   // As the transport does: no signal handler installed and restored around every transfer.
   curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
+  // And the transport's buffer sizes.
+  curl_easy_setopt(curl, CURLOPT_BUFFERSIZE, 64L * 1024);
+  curl_easy_setopt(curl, CURLOPT_UPLOAD_BUFFERSIZE, 256L * 1024);
 
   const auto started = std::chrono::steady_clock::now();
   long done = 0;

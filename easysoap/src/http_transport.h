@@ -61,6 +61,8 @@ class HttpTransport {
   // libcurl's limits on an answer's header.
   static constexpr int kMaxHeaderLineBytes = 100 * 1024;
   static constexpr int kMaxHeaderBytes = 300 * 1024;
+  static constexpr long kReceiveBufferBytes = 64 * 1024;
+  static constexpr long kSendBufferBytes = 256 * 1024;
 
   static size_t OnBody(char* data, size_t size, size_t count, void* self);
   // Status and Content-Type of the answer being received; false when there was no memory.
