@@ -8,9 +8,10 @@ namespace {
 
 // The blocks a request's storage keeps for the thread's next request, at most.
 constexpr size_t kKeptRequestBytes = 4 * 1024 * 1024;
-// The blocks a response's storage keeps for the next answer, at most: a small answer finds its
-// storage ready instead of taking it from the system and giving it back each time.
-constexpr size_t kKeptAnswerBytes = 64 * 1024;
+// The blocks a response's storage keeps for the next answer, at most: an answer of the size of
+// the last finds its storage ready instead of taking it from the system and giving it back each
+// time (a part kept would leave the heap's top to be given back and taken again, page by page).
+constexpr size_t kKeptAnswerBytes = 4 * 1024 * 1024;
 
 // The storage of the thread's last request, rewound, for its next.
 thread_local std::unique_ptr<MessageStore> spareRequestStore;

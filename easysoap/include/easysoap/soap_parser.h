@@ -65,8 +65,8 @@ class EASYSOAP_API SOAPParser {
 
   // Answers up to this size leave the parser's expat parser and buffers to the next answer;
   // larger ones (and any that expat couldn't read to the end) free them, so that a kept parser
-  // never holds more than a small answer needed.
-  static constexpr size_t kKeptParserBytes = 64 * 1024;
+  // never holds more than an answer of this size needed. As much as a response's storage keeps.
+  static constexpr size_t kKeptParserBytes = 4 * 1024 * 1024;
 
   SOAPParser();
   ~SOAPParser();
