@@ -54,7 +54,6 @@ void MessageStore::Rewind(size_t keepBytes) {
   for (size_t i = count; i < blocks_.size(); ++i) std::free(blocks_[i].data);
   blocks_.resize(count);
   inUse_ = 0;
-  outsideParts_ = false;
   next_ = nullptr;
   left_ = 0;
   if (table_.size() > kKeptTableSlots) {
@@ -79,13 +78,7 @@ void* MessageStore::AllocateInNewBlock(size_t bytes) {
   const size_t chainSize =
       inUse_ < blocks_.size() ? blocks_[inUse_].size : ChainBlockSize(blocks_.size());
   // A request larger than a quarter block gets a block of its own; the current one stays.
-  if (bytes > chainSize / 4) {
-    alone_.reserve(alone_.size() + 1);
-    char* block = TakeBlock(bytes);
-    alone_.push_back(block);
-    footprint_ += bytes;
-    return block;
-  }
+  if (bytes > chainSize / 4) return AllocateAlone(bytes);
   if (inUse_ == blocks_.size()) {
     blocks_.reserve(blocks_.size() + 1);
     blocks_.push_back({TakeBlock(chainSize), chainSize});
@@ -95,6 +88,26 @@ void* MessageStore::AllocateInNewBlock(size_t bytes) {
   next_ = block.data + bytes;
   left_ = block.size - bytes;
   return block.data;
+}
+
+void* MessageStore::AllocateAlone(size_t bytes) {
+  alone_.reserve(alone_.size() + 1);
+  char* block = TakeBlock(bytes);
+  alone_.push_back(block);
+  footprint_ += bytes;
+  return block;
+}
+
+void MessageStore::FreeAlone(void* block, size_t bytes) {
+  // The block freed is nearly always the last one given.
+  for (size_t i = alone_.size(); i-- > 0;) {
+    if (alone_[i] != block) continue;
+    std::free(alone_[i]);
+    alone_[i] = alone_.back();
+    alone_.pop_back();
+    footprint_ -= bytes;
+    return;
+  }
 }
 
 const char* MessageStore::Copy(std::string_view text) {

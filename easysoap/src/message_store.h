@@ -71,10 +71,11 @@ class MessageStore {
   // The copy of text when there is one, else null.
   Interned* FindInterned(std::string_view text) const;
 
-  // Some element of the message holds a part of its own outside the storage (a list of children
-  // too long for it): the tree must be walked when it goes. Forgotten with everything else.
-  void NoteOutsideParts() { outsideParts_ = true; }
-  bool HoldsOutsideParts() const { return outsideParts_; }
+  // bytes in a block of their own, which goes with the message or earlier by FreeAlone: a list
+  // that keeps growing gives its last block back as it moves to the next.
+  void* AllocateAlone(size_t bytes);
+  // Frees a block that AllocateAlone gave for bytes; a block it didn't give stays.
+  void FreeAlone(void* block, size_t bytes);
 
   // Bytes taken from the system for the message: the blocks in use and the table of kept texts.
   size_t Footprint() const { return footprint_; }
@@ -120,11 +121,10 @@ class MessageStore {
 
   std::vector<Block> blocks_;  // the blocks of the chain, in the order they are used
   size_t inUse_ = 0;           // how many of blocks_ this message has taken
-  std::vector<char*> alone_;   // blocks of one large request each
+  std::vector<char*> alone_;   // blocks of one large request or one long list each
   char* next_ = nullptr;
   size_t left_ = 0;
   size_t footprint_ = 0;
-  bool outsideParts_ = false;
   std::vector<Interned*> table_;  // open addressing, a power of two, at most half full
   size_t interned_ = 0;
   Recent recent_[kRecentSlots] = {};
@@ -133,8 +133,8 @@ class MessageStore {
 
 // How often an element of any storage was changed in a way that may have given it a part outside
 // its storage (a text, list or attribute map of its own): the owner of a storage notes the count
-// when its tree begins, and when the count is still the same as the tree goes (and the storage
-// holds no outside parts), all of the tree goes with the storage, unwalked.
+// when its tree begins, and when the count is still the same as the tree goes, all of the tree
+// goes with the storage, unwalked.
 std::atomic<uint64_t>& OutsideChanges();
 
 }  // namespace easysoap_internal

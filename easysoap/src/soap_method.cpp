@@ -16,11 +16,10 @@ constexpr size_t kKeptAnswerBytes = 4 * 1024 * 1024;
 // The storage of the thread's last request, rewound, for its next.
 thread_local std::unique_ptr<MessageStore> spareRequestStore;
 
-// Whether an element of the tree in store may hold a part outside it: one of them was made so, or
-// some element of any storage was changed in a way that may have, since the tree began.
-bool MayHoldOutside(const MessageStore& store, uint64_t changesAtStart) {
-  return store.HoldsOutsideParts() ||
-         easysoap_internal::OutsideChanges().load(std::memory_order_relaxed) != changesAtStart;
+// Whether an element of a tree begun at changesAtStart may hold a part outside its storage: some
+// element of any storage was changed in a way that may have given it one since.
+bool MayHoldOutside(uint64_t changesAtStart) {
+  return easysoap_internal::OutsideChanges().load(std::memory_order_relaxed) != changesAtStart;
 }
 
 }  // namespace
@@ -35,7 +34,7 @@ SOAPMethod::SOAPMethod(const char* name, const char* ns, const char* soapAction,
 
 SOAPMethod::~SOAPMethod() {
   // The tree goes first: its elements live in the storage.
-  ReleaseStored(MayHoldOutside(*store_, changesAtStart_));
+  ReleaseStored(MayHoldOutside(changesAtStart_));
   store_->Rewind(kKeptRequestBytes);
   if (spareRequestStore == nullptr) spareRequestStore = std::move(store_);
 }
@@ -54,7 +53,7 @@ const SOAPParameter& SOAPResponse::GetMethod() const {
 
 void SOAPResponse::Reset() {
   // In place: no empty element made and copied.
-  body_.Reset(store_ == nullptr || MayHoldOutside(*store_, changesAtStart_));
+  body_.Reset(store_ == nullptr || MayHoldOutside(changesAtStart_));
   if (store_ != nullptr) store_->Rewind(kKeptAnswerBytes);
   changesAtStart_ = easysoap_internal::OutsideChanges().load(std::memory_order_relaxed);
 }

@@ -141,21 +141,26 @@ bool SOAPParameter::HoldsOnlyStored() const {
 void SOAPParameter::ReserveStoredChildren(MessageStore& store, uint32_t count) {
   Children& children = ownValue_.children;
   if (count <= children.Capacity()) return;
-  // A long list grows in blocks of its own, each freed as the next takes over: in the storage,
-  // every smaller block would stay behind (a million children would leave as much again).
-  if (count > kStoredChildrenMost) {
-    store.NoteOutsideParts();
-    children.Reserve(count);
-    return;
+  const uint32_t was = children.Capacity();
+  uint32_t capacity = was < kStoredChildrenMinimum ? kStoredChildrenMinimum : was;
+  while (capacity < count) {
+    if (capacity > Children::kMaximumCapacity / 2) throw SOAPMemoryException();
+    capacity *= 2;
   }
-  uint32_t capacity =
-      children.Capacity() < kStoredChildrenMinimum ? kStoredChildrenMinimum : children.Capacity();
-  while (capacity < count) capacity *= 2;  // at most twice kStoredChildrenMost
-  // The block left behind stays in the storage until the message goes.
-  auto** block = static_cast<SOAPParameter**>(store.Allocate(sizeof(SOAPParameter*) * capacity));
+  // A long list grows in blocks of the storage's own, each freed as the next takes over: in the
+  // chain, every smaller block would stay behind (a million children would leave as much again).
+  // Either way the list goes with the storage, so the tree needn't be walked for it.
+  const bool alone = capacity > kStoredChildrenMost;
+  const size_t bytes = sizeof(SOAPParameter*) * capacity;
+  auto** block =
+      static_cast<SOAPParameter**>(alone ? store.AllocateAlone(bytes) : store.Allocate(bytes));
   std::copy(children.begin(), children.end(), block);
   std::fill(block + children.Size(), block + capacity, nullptr);
+  SOAPParameter** last = children.Adopted() ? children.begin() : nullptr;
   children.Adopt(block, capacity, children.Size());
+  if (last != nullptr && was > kStoredChildrenMost) {
+    store.FreeAlone(last, sizeof(SOAPParameter*) * was);
+  }
 }
 
 void SOAPParameter::ReleaseStored() { ReleaseStored(true); }
