@@ -39,9 +39,9 @@ std::unique_ptr<SOAPParameter> EncodedStringArray(int64_t count) {
 void BM_DecodeSoapArray(benchmark::State& state) {
   std::unique_ptr<SOAPParameter> element = EncodedStringArray(state.range(0));
   for (auto _ : state) {
-    XmlValueArray array("item", "");
-    tssoap::DecodeSoapArray(*element, array);
-    benchmark::DoNotOptimize(array.items[0].text.data());
+    XmlTextSlots slots;
+    tssoap::DecodeSoapArray(*element, slots);
+    benchmark::DoNotOptimize(slots[0].text.data());
   }
   CountItems(state);
 }

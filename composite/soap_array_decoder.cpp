@@ -118,7 +118,7 @@ std::optional<int64_t> ParseDimension(const char* text, const char* attributeNam
   return number;
 }
 
-const SOAPParameter& DecodeSoapArray(const SOAPParameter& parameter, XmlValueArray& array) {
+const SOAPParameter& DecodeSoapArray(const SOAPParameter& parameter, XmlTextSlots& slots) {
   const ArrayAttributeKeys& keys = Keys();
   const SOAPParameter::Data& value = parameter.GetValue();
   const SOAPParameter::Children& children = value.children;
@@ -128,7 +128,7 @@ const SOAPParameter& DecodeSoapArray(const SOAPParameter& parameter, XmlValueArr
     if (childCount != 0) {
       throw SOAPException("%s", "Got xsi:nil attribute on array but parameter has values..");
     }
-    array.items.Resize(0);
+    slots.Resize(0);
     return parameter;
   }
 
@@ -150,7 +150,7 @@ const SOAPParameter& DecodeSoapArray(const SOAPParameter& parameter, XmlValueArr
     if (start) current = static_cast<uint32_t>(*start);
   }
 
-  array.items.Resize(size);
+  slots.Resize(size);
 
   for (const SOAPParameter* child : children) {
     const char* position =
@@ -162,7 +162,7 @@ const SOAPParameter& DecodeSoapArray(const SOAPParameter& parameter, XmlValueArr
       // slots up: nothing may be written behind the size, so it counts as out of range.
       RefusePosition(size, current);
     }
-    array.items[current].ReadFrom(*child);
+    slots[current] = XmlTextView::Of(*child);
     ++current;
   }
   return parameter;

@@ -1,17 +1,18 @@
 // DecodeSoapArray: turns a SOAP 1.1 encoded array element (or the wrapper of a wrapped array) into
-// one XmlValueText per slot. It reads structure only -- the array attributes and the order of the
+// one XmlTextView per slot. It reads structure only -- the array attributes and the order of the
 // children -- and converts nothing; the row operations of the type table convert the items.
 //
 // Ownership: the element stays the caller's and is only read; the decoder fills the caller's
-// XmlValueArray, which owns the copied texts. The first failure throws SOAPException and leaves
-// what was placed so far in the array, for the caller to discard.
+// XmlTextSlots with views of the children's texts, which live as long as the children (no text is
+// copied). The first failure throws SOAPException and leaves what was placed so far in the slots,
+// for the caller to discard.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 
-#include "easysoap/soap_parameter.h"
 #include "composite/xml_value.h"
+#include "easysoap/soap_parameter.h"
 
 namespace tssoap {
 
@@ -33,12 +34,12 @@ inline constexpr uint32_t kMaxUnfilledSlots = 64u * 1024u;
 // array encoding tag '<attributeName>': <text>". The number may be negative: the caller decides.
 std::optional<int64_t> ParseDimension(const char* text, const char* attributeName);
 
-// Fills array.items from parameter: one slot per declared item (arrayType), each child in document
-// order at the next slot or at its own position, skipped slots left default (empty text, not
-// null). array must be empty on entry; only its items are touched. Returns parameter.
+// Fills slots from parameter: one slot per declared item (arrayType), each child in document order
+// at the next slot or at its own position, a nil child null, skipped slots left default (empty
+// text, not null). slots must be empty on entry. Returns parameter.
 //
 // The array element's attributes and children are read through the value data in force; a
 // child's position through the child's own value data.
-const SOAPParameter& DecodeSoapArray(const SOAPParameter& parameter, XmlValueArray& array);
+const SOAPParameter& DecodeSoapArray(const SOAPParameter& parameter, XmlTextSlots& slots);
 
 }  // namespace tssoap

@@ -16,12 +16,6 @@ XmlTextView XmlTextView::TextOf(const SOAPParameter& parameter) {
   return {content != nullptr ? std::string_view(content) : std::string_view(""), false};
 }
 
-const SOAPParameter& XmlValueText::ReadFrom(const SOAPParameter& parameter) {
-  if (parameter.IsNull()) {
-    isNull = true;
-  } else {
-    const char* content = parameter.GetString().Str();
-    text.assign(content != nullptr ? content : "");
-  }
-  return parameter;
+XmlTextView XmlTextView::Of(const SOAPParameter& parameter) {
+  return parameter.IsNull() ? XmlTextView(std::string_view("", 0), true) : TextOf(parameter);
 }

@@ -140,16 +140,16 @@ class FuzzTree {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzTree tree(std::string_view(reinterpret_cast<const char*>(data), size));
-  XmlValueArray array("item", "");
+  XmlTextSlots slots;
   try {
-    tssoap::DecodeSoapArray(tree.Element(), array);
+    tssoap::DecodeSoapArray(tree.Element(), slots);
   } catch (const SOAPException&) {
     return 0;
   }
   // A decoded array holds every child and no more free slots than the limits allow.
-  size_t slots = array.items.Size();
-  if (slots < tree.ChildCount()) std::abort();
-  if (slots > tree.ChildCount() + tssoap::kMaxUnfilledSlots) std::abort();
-  if (slots > tssoap::kMaxArraySlots) std::abort();
+  const size_t count = slots.Size();
+  if (count < tree.ChildCount()) std::abort();
+  if (count > tree.ChildCount() + tssoap::kMaxUnfilledSlots) std::abort();
+  if (count > tssoap::kMaxArraySlots) std::abort();
   return 0;
 }

@@ -79,33 +79,32 @@ void ScalarIn(ResponseContext& context) {
 }
 
 void EncodedArrayOut(ConversionContext& context) {
-  XmlValueArray array(context.elementName.c_str(), context.elementNamespace.c_str());
   // Every item is converted before the parameter is touched, so a failure leaves it as it was.
   const OutgoingArrayItems items(context.session, context.record, kBoundedArray);
   // A fresh value for each item to convert into.
-  array.items.Resize(items.Length() > 0 ? static_cast<uint32_t>(items.Length()) : 0);
+  XmlValueTexts texts;
+  texts.Resize(items.Length() > 0 ? static_cast<uint32_t>(items.Length()) : 0);
   // One item context for all items: only its record changes.
   HostValueRecord item{};
   ConversionContext itemContext = context.ForItem(context.parameter, item);
   const ToXmlTextFn toXmlText = context.row->conversion->toXmlText;
-  for (uint32_t slot = 0; slot < array.items.Size(); ++slot) {
+  for (uint32_t slot = 0; slot < texts.Size(); ++slot) {
     item = ReadItem(context, items.Array(), static_cast<int32_t>(slot) + 1);
-    toXmlText(array.items[slot], itemContext);
+    toXmlText(texts[slot], itemContext);
   }
   // The item type with the count, "boolean[3]", in the type's namespace: a qualified name.
-  WriteEncodedArrayHead(context.parameter, context.row->name, GetTypeNamespace(),
-                        array.items.Size());
+  WriteEncodedArrayHead(context.parameter, context.row->name, GetTypeNamespace(), texts.Size());
   // Items go without a type attribute and with the local name alone.
-  context.parameter.ReserveParameters(array.items.Size());
-  for (const XmlValueText& item : array.items) {
+  context.parameter.ReserveParameters(texts.Size());
+  for (const XmlValueText& item : texts) {
     item.WriteTo(context.parameter.AddParameter(context.elementName.c_str()));
   }
 }
 
 void EncodedArrayIn(ResponseContext& context) {
   IHostSession& session = context.session;
-  XmlValueArray array(context.elementName.c_str(), context.elementNamespace.c_str());
-  DecodeSoapArray(context.parameter, array);
+  XmlTextSlots slots;
+  DecodeSoapArray(context.parameter, slots);
   // The host array is in the record already: from the host value, or made for a value of kind any.
   const HostArray handle = context.record.value.handle;
   HeldArrayInfo info(session, handle);
@@ -114,7 +113,7 @@ void EncodedArrayIn(ResponseContext& context) {
   HostValueRecord item{};
   ResponseContext itemContext = context.ForItem(context.parameter, item);
   const FromXmlTextFn fromXmlText = context.row->conversion->fromXmlText;
-  for (const XmlValueText& value : array.items) {
+  for (const XmlTextView& value : slots) {
     ++index;
     item = HostValueRecord{};
     // A failing item ends the operation; the items before it stay written.

@@ -109,11 +109,11 @@ TEST(DecodeSoapArray, DecodesOrRefusesWithTheMessage) {
     SCOPED_TRACE(c.name);
     SOAPResponse response;
     const SOAPParameter& element = ParseArray(c.wire, response);
-    XmlValueArray array("item", "");
+    XmlTextSlots slots;
     std::string decoded;
     try {
-      EXPECT_EQ(&DecodeSoapArray(element, array), &element);
-      for (const XmlValueText& item : array.items) {
+      EXPECT_EQ(&DecodeSoapArray(element, slots), &element);
+      for (const XmlTextView& item : slots) {
         if (item.isNull) {
           decoded += "[~]";
         } else {
@@ -130,10 +130,11 @@ TEST(DecodeSoapArray, DecodesOrRefusesWithTheMessage) {
 // The limit on unfilled slots is exact: the largest size it allows decodes, one more doesn't.
 TEST(DecodeSoapArray, AllowsExactlyTheUnfilledSlotLimit) {
   SOAPResponse response;
-  XmlValueArray array("item", "");
-  DecodeSoapArray(ParseArray("<a E:arrayType='[65537]'><i>a</i></a>", response), array);
-  ASSERT_EQ(array.items.Size(), kMaxUnfilledSlots + 1);
-  EXPECT_EQ(array.items[kMaxUnfilledSlots].text, "");
+  XmlTextSlots slots;
+  DecodeSoapArray(ParseArray("<a E:arrayType='[65537]'><i>a</i></a>", response), slots);
+  ASSERT_EQ(slots.Size(), kMaxUnfilledSlots + 1);
+  EXPECT_EQ(slots[kMaxUnfilledSlots].text, "");
+  EXPECT_FALSE(slots[kMaxUnfilledSlots].isNull);
 }
 
 }  // namespace

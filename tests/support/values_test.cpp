@@ -7,6 +7,7 @@
 #include <string>
 #include <tuple>
 
+#include "composite/xml_value.h"
 #include "easysoap/soap_parameter.h"
 #include "support/values/soap_exception.h"
 #include "support/values/soap_grow_array.h"
@@ -14,7 +15,6 @@
 #include "support/values/soap_qname.h"
 #include "support/values/soap_string.h"
 #include "support/values/soap_text.h"
-#include "composite/xml_value.h"
 
 namespace {
 
@@ -179,7 +179,7 @@ TEST(SOAPGrowArray, ImpossibleCapacityThrowsMemoryExceptionAndChangesNothing) {
   EXPECT_EQ(array[0], 7);
 }
 
-TEST(XmlValueText, NullMarksTheElementNilAndReadingNilKeepsTheText) {
+TEST(XmlValueText, NullMarksTheElementNilAndANilElementReadsAsNull) {
   SOAPParameter nil;
   XmlValueText{"ignored", true}.WriteTo(nil);
   EXPECT_TRUE(nil.IsNull());
@@ -187,10 +187,10 @@ TEST(XmlValueText, NullMarksTheElementNilAndReadingNilKeepsTheText) {
   SOAPParameter empty;
   XmlValueText{"", false}.WriteTo(empty);
   EXPECT_STREQ(empty.GetString().Str(), "");
-  XmlValueText read{"before", false};
-  read.ReadFrom(nil);
+  const XmlTextView read = XmlTextView::Of(nil);
   EXPECT_TRUE(read.isNull);
-  EXPECT_EQ(read.text, "before");
+  EXPECT_EQ(read.text, "");
+  EXPECT_FALSE(XmlTextView::Of(empty).isNull);
 }
 
 TEST(SOAPException, MessageIsFormattedAndCutAt2048Bytes) {
