@@ -15,11 +15,6 @@ inline uint64_t MixAddress(const void* address, uint64_t mixed = 0) {
          0x9E3779B97F4A7C15ull;
 }
 
-// The slot of address among 2^bits slots.
-inline size_t AddressSlot(const void* address, int bits) {
-  return static_cast<size_t>(MixAddress(address) >> (64 - bits));
-}
-
 // Two different slots among 2^bits slots, from different bits of a mix: for a table whose
 // entries may lie in either place.
 inline std::pair<size_t, size_t> SlotsOfMix(uint64_t mixed, int bits) {

@@ -962,7 +962,8 @@ class SOAPParser::Reader {
   };
   std::vector<Binding> bindings_;
 
-  // The attributes stored last, in document order, and their table.
+  // The attribute tables of the last few different tags, the newest before nextRecentTable_
+  // (StoredTableOfTag).
   static constexpr size_t kRecentTables = 8;
   StoredTable recentTables_[kRecentTables];
   size_t nextRecentTable_ = 0;
